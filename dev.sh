@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# One entry point for a fresh machine: installs what is missing, builds, then runs Kivo or every test.
+#   ./dev.sh run [kivo arguments...]   build and run Kivo
+#   ./dev.sh test                      build and run all tests, then again with sanitizers
+set -euo pipefail
+cd "$(dirname "$0")"
+
+jobs=$(nproc 2>/dev/null || echo 2)
+
+configure_and_build() {
+  local dir=$1
+  shift
+  cmake -S . -B "$dir" -G Ninja "$@" >/dev/null
+  cmake --build "$dir" --parallel "$jobs"
+}
+
+command=${1:-}
+[ $# -gt 0 ] && shift
+case "$command" in
+  run)
+    scripts/setup
+    configure_and_build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    exec build/src/kivo "$@"
+    ;;
+  test)
+    scripts/setup
+    configure_and_build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
+    ctest --test-dir build --output-on-failure --parallel "$jobs"
+    configure_and_build build-sanitize -DCMAKE_BUILD_TYPE=Debug -DKIVO_SANITIZE=ON -DKIVO_BUILD_BENCHMARKS=OFF
+    ctest --test-dir build-sanitize --output-on-failure --parallel "$jobs"
+    ;;
+  *)
+    echo "usage: ./dev.sh run [arguments] | ./dev.sh test" >&2
+    exit 2
+    ;;
+esac

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <memory>
+#include <optional>
+
+class QSettings;
+
+namespace kivo {
+
+namespace settings_keys {
+inline constexpr char16_t timerInterval[] = u"timerInterval";
+inline constexpr char16_t maximumGapLength[] = u"maximumGapLength";
+inline constexpr char16_t minimumDurationToRecord[] = u"minimumDurationToRecord";
+inline constexpr char16_t minimumDurationToDisplay[] = u"minimumDurationToDisplay";
+inline constexpr char16_t isDetailUnified[] = u"isDetailUnified";
+inline constexpr char16_t isCompactColumns[] = u"isCompactColumns";
+inline constexpr char16_t savedProjectTree[] = u"savedProjectTree";
+}  // namespace settings_keys
+
+// The user's preferences in the per-user key-value store ($XDG_CONFIG_HOME/Kivo/Kivo.conf).
+// Every reader goes to the store at each call, so a value changed elsewhere applies at its next
+// use. Numbers are seconds, stored as doubles.
+class ApplicationSettings : public QObject {
+    Q_OBJECT
+
+public:
+    // The user's own settings file.
+    static std::unique_ptr<ApplicationSettings> openDefault();
+    // The settings file at `filePath` (tests, other profiles).
+    static std::unique_ptr<ApplicationSettings> openFile(const QString& filePath);
+
+    ~ApplicationSettings() override;
+
+    // An absent key or a stored 0 reads as the default (1.0, 60.0, 1.0); any other stored value,
+    // even one below 1.0 written by hand, is answered as it stands.
+    double timerInterval() const;
+    double maximumGapLength() const;
+    double minimumDurationToRecord() const;
+    // Every value below 1.0 reads as 1.0.
+    double minimumDurationToDisplay() const;
+
+    // The setters never store less than 1.0.
+    void setTimerInterval(double seconds);
+    void setMaximumGapLength(double seconds);
+    void setMinimumDurationToRecord(double seconds);
+    void setMinimumDurationToDisplay(double seconds);
+
+    bool isDetailUnified() const;
+    void setIsDetailUnified(bool value);
+    bool isCompactColumns() const;
+    void setIsCompactColumns(bool value);
+
+    // The saved project tree's bytes; nothing when the key is absent or holds something other
+    // than a byte-array value (such as text written by hand).
+    std::optional<QByteArray> savedProjectTree() const;
+    void setSavedProjectTree(const QByteArray& document);
+
+    QString filePath() const;
+
+Q_SIGNALS:
+    void settingChanged(const QString& key);
+
+private:
+    explicit ApplicationSettings(std::unique_ptr<QSettings> settings);
+
+    double storedDouble(const QString& key) const;
+    void storeAtLeastOne(const QString& key, double seconds);
+    void store(const QString& key, const QVariant& value);
+
+    std::unique_ptr<QSettings> settings_;
+};
+
+}  // namespace kivo
