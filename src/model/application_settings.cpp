@@ -7,7 +7,9 @@ namespace kivo {
 
 namespace {
 
-double orDefaultWhenZero(double stored, double fallback) { return stored == 0.0 ? fallback : stored; }
+double orDefaultWhenZero(double stored, double fallback) {
+    return stored == 0.0 ? fallback : stored;
+}
 
 }  // namespace
 
@@ -27,7 +29,9 @@ ApplicationSettings::ApplicationSettings(std::unique_ptr<QSettings> settings)
 
 ApplicationSettings::~ApplicationSettings() = default;
 
-QString ApplicationSettings::filePath() const { return settings_->fileName(); }
+QString ApplicationSettings::filePath() const {
+    return settings_->fileName();
+}
 
 double ApplicationSettings::storedDouble(const QString& key) const {
     // A value that is not a number reads as the 0 of an absent key.

@@ -9,8 +9,12 @@ namespace kivo {
 using Seconds = std::chrono::duration<double>;
 using Instant = std::chrono::sys_time<Seconds>;
 
-inline double toEpochSeconds(Instant instant) { return instant.time_since_epoch().count(); }
-inline Instant fromEpochSeconds(double seconds) { return Instant{Seconds{seconds}}; }
+inline double toEpochSeconds(Instant instant) {
+    return instant.time_since_epoch().count();
+}
+inline Instant fromEpochSeconds(double seconds) {
+    return Instant{Seconds{seconds}};
+}
 
 class Clock {
 public:

@@ -13,7 +13,9 @@ Instant instantOf(const QDateTime& dateTime) {
 
 }  // namespace
 
-DayRange localDay(QDate date) { return localDays(date, date); }
+DayRange localDay(QDate date) {
+    return localDays(date, date);
+}
 
 DayRange localDays(QDate first, QDate last) {
     // startOfDay() takes the first valid moment, so a day whose midnight is skipped by a
@@ -26,6 +28,8 @@ QDate localDateOf(Instant instant) {
     return QDateTime::fromMSecsSinceEpoch(msecs).date();
 }
 
-DayRange localDayContaining(Instant instant) { return localDay(localDateOf(instant)); }
+DayRange localDayContaining(Instant instant) {
+    return localDay(localDateOf(instant));
+}
 
 }  // namespace kivo

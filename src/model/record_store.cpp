@@ -80,8 +80,8 @@ const std::vector<KindSchema>& schemas() {
 
 const KindSchema& schemaFor(const char* kind) {
     const auto& all = schemas();
-    const auto found = std::find_if(all.begin(), all.end(),
-                                    [kind](const KindSchema& schema) { return schema.kind == kind; });
+    const auto found = std::find_if(
+        all.begin(), all.end(), [kind](const KindSchema& schema) { return schema.kind == kind; });
     return *found;
 }
 
@@ -198,7 +198,9 @@ void prepareFile(const QString& path) {
 
 }  // namespace
 
-Query live() { return {"isDeleted = 0", {}, {}}; }
+Query live() {
+    return {"isDeleted = 0", {}, {}};
+}
 
 Query liveCreatedWithin(const DayRange& range) {
     return {"isDeleted = 0 AND createdAt >= ? AND createdAt < ?", {range.begin, range.end}, {}};
@@ -230,8 +232,9 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             SQLite::Transaction transaction(*database, SQLite::TransactionBehavior::IMMEDIATE);
             database->exec(
                 "CREATE TABLE IF NOT EXISTS KivoMeta (key TEXT PRIMARY KEY, value TEXT NOT NULL)");
-            database->exec("INSERT OR IGNORE INTO KivoMeta (key, value) VALUES ('schemaVersion', '" +
-                           std::string(schemaVersion) + "')");
+            database->exec(
+                "INSERT OR IGNORE INTO KivoMeta (key, value) VALUES ('schemaVersion', '" +
+                std::string(schemaVersion) + "')");
             for (const auto& schema : schemas()) {
                 database->exec(tableDefinition(schema));
             }
@@ -268,8 +271,12 @@ RecordStore::~RecordStore() {
     }
 }
 
-const std::string& RecordStore::insertSql(const char* kind) { return schemaFor(kind).insertSql; }
-const std::string& RecordStore::updateSql(const char* kind) { return schemaFor(kind).updateSql; }
+const std::string& RecordStore::insertSql(const char* kind) {
+    return schemaFor(kind).insertSql;
+}
+const std::string& RecordStore::updateSql(const char* kind) {
+    return schemaFor(kind).updateSql;
+}
 
 SQLite::Statement& RecordStore::statement(const std::string& sql) {
     const auto found = std::find_if(statements_.begin(), statements_.end(),

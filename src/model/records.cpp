@@ -6,6 +6,8 @@ QString logicalOperatorText(std::int64_t logicalOperator) {
     return logicalOperator == 0 ? QStringLiteral("AND") : QStringLiteral("OR");
 }
 
-QString ratingText(std::int64_t rating) { return QString::number(rating) + u'%'; }
+QString ratingText(std::int64_t rating) {
+    return QString::number(rating) + u'%';
+}
 
 }  // namespace kivo

@@ -26,7 +26,7 @@ void visitExtraColumns(Record& record, Visitor&& visit) {
 }
 }  // namespace detail
 
-#define KIVO_EXTRA_COLUMNS \
+#define KIVO_EXTRA_COLUMNS     \
     OptionalText extraColumn1; \
     OptionalText extraColumn2; \
     OptionalText extraColumn3; \

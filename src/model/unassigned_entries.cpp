@@ -22,8 +22,9 @@ void ensureUnassignedEntries(RecordStore& store, Instant now) {
     }
 
     const auto filters = store.fetch<Filter>();
-    const bool hasUnassignedFilter = std::any_of(
-        filters.begin(), filters.end(), [](const Filter& filter) { return filter.isNameChangeOnly; });
+    const bool hasUnassignedFilter =
+        std::any_of(filters.begin(), filters.end(),
+                    [](const Filter& filter) { return filter.isNameChangeOnly; });
     if (!hasUnassignedFilter) {
         auto filter = newRecord<Filter>(now);
         filter.projectId = projectId;

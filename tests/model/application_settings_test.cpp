@@ -1,9 +1,10 @@
+#include "model/application_settings.h"
+
 #include <gtest/gtest.h>
 
 #include <QSettings>
 #include <QSignalSpy>
 
-#include "model/application_settings.h"
 #include "model/application_state.h"
 #include "support/temp_home.h"
 

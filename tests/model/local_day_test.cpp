@@ -1,14 +1,17 @@
+#include "model/local_day.h"
+
 #include <gtest/gtest.h>
 
 #include <QDateTime>
 
-#include "model/local_day.h"
 #include "support/temp_home.h"
 
 namespace kivo {
 namespace {
 
-double hoursOf(const DayRange& day) { return (day.end - day.begin).count() / 3600.0; }
+double hoursOf(const DayRange& day) {
+    return (day.end - day.begin).count() / 3600.0;
+}
 
 TEST(LocalDay, DaylightSavingDaysHave23And25Hours) {
     test::ScopedTimeZone berlin("Europe/Berlin");

@@ -1,3 +1,5 @@
+#include "model/record_store.h"
+
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -6,7 +8,6 @@
 #include <QFileInfo>
 
 #include "model/open_store.h"
-#include "model/record_store.h"
 #include "support/child_process.h"
 #include "support/temp_home.h"
 
@@ -141,7 +142,8 @@ TEST(RecordStore, TablesHaveTheFixedFormOtherToolsRead) {
     store->save();
 
     SQLite::Database db(home.storePath().toStdString());
-    SQLite::Statement columns(db, "SELECT name, type, \"notnull\", pk FROM pragma_table_info('Project')");
+    SQLite::Statement columns(
+        db, "SELECT name, type, \"notnull\", pk FROM pragma_table_info('Project')");
     std::vector<std::string> names;
     std::vector<std::string> types;
     while (columns.executeStep()) {
@@ -149,13 +151,13 @@ TEST(RecordStore, TablesHaveTheFixedFormOtherToolsRead) {
         types.push_back(columns.getColumn(1).getString());
     }
     const std::vector<std::string> expectedNames{
-        "id",        "projectName", "isArchived",   "isNameChangeOnly", "isDeleted",
-        "createdAt", "updatedAt",   "extraColumn1", "extraColumn2",     "extraColumn3",
-        "extraColumn4", "extraColumn5"};
+        "id",           "projectName",  "isArchived",   "isNameChangeOnly",
+        "isDeleted",    "createdAt",    "updatedAt",    "extraColumn1",
+        "extraColumn2", "extraColumn3", "extraColumn4", "extraColumn5"};
     EXPECT_EQ(names, expectedNames);
-    EXPECT_EQ(types, (std::vector<std::string>{"TEXT", "TEXT", "INTEGER", "INTEGER", "INTEGER",
-                                               "REAL", "REAL", "TEXT", "TEXT", "TEXT", "TEXT",
-                                               "TEXT"}));
+    EXPECT_EQ(types,
+              (std::vector<std::string>{"TEXT", "TEXT", "INTEGER", "INTEGER", "INTEGER", "REAL",
+                                        "REAL", "TEXT", "TEXT", "TEXT", "TEXT", "TEXT"}));
 
     SQLite::Statement row(db, "SELECT id, createdAt, isArchived, extraColumn1 FROM Project");
     ASSERT_TRUE(row.executeStep());
@@ -166,7 +168,8 @@ TEST(RecordStore, TablesHaveTheFixedFormOtherToolsRead) {
     EXPECT_EQ(row.getColumn(2).getInt(), 1);
     EXPECT_TRUE(row.getColumn(3).isNull());
 
-    for (const char* table : {"Project", "Filter", "Activity", "TagUsage", "AppUsage", "WebUsage"}) {
+    for (const char* table :
+         {"Project", "Filter", "Activity", "TagUsage", "AppUsage", "WebUsage"}) {
         EXPECT_TRUE(db.tableExists(table)) << table;
     }
     EXPECT_EQ(db.execAndGet("SELECT value FROM KivoMeta WHERE key = 'schemaVersion'").getString(),
@@ -179,7 +182,9 @@ TEST(RecordStore, FilesAreOwnerOnly) {
     home.openStore();
     struct stat folder {};
     struct stat file {};
-    ASSERT_EQ(::stat(QFile::encodeName(QFileInfo(home.storePath()).absolutePath()).constData(), &folder), 0);
+    ASSERT_EQ(
+        ::stat(QFile::encodeName(QFileInfo(home.storePath()).absolutePath()).constData(), &folder),
+        0);
     ASSERT_EQ(::stat(QFile::encodeName(home.storePath()).constData(), &file), 0);
     EXPECT_EQ(folder.st_mode & 0777, 0700u);
     EXPECT_EQ(file.st_mode & 0777, 0600u);

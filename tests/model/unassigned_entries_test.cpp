@@ -1,6 +1,7 @@
+#include "model/unassigned_entries.h"
+
 #include <gtest/gtest.h>
 
-#include "model/unassigned_entries.h"
 #include "support/temp_home.h"
 
 namespace kivo {

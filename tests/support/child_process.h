@@ -6,9 +6,9 @@
 namespace kivo::test {
 
 struct ChildResult {
-    int exitCode = -1;     // -1 when the child did not exit normally
-    int signal = 0;        // the signal that ended it, or 0
-    std::string output;    // what it wrote on standard output
+    int exitCode = -1;   // -1 when the child did not exit normally
+    int signal = 0;      // the signal that ended it, or 0
+    std::string output;  // what it wrote on standard output
 };
 
 // Runs `body` in a forked child with its standard output captured, and waits for it to end.

@@ -6,9 +6,13 @@
 
 namespace kivo::test {
 
-TempHome::TempHome() { EXPECT_TRUE(dir_.isValid()); }
+TempHome::TempHome() {
+    EXPECT_TRUE(dir_.isValid());
+}
 
-std::unique_ptr<RecordStore> TempHome::openStore() const { return RecordStore::open(storePath()); }
+std::unique_ptr<RecordStore> TempHome::openStore() const {
+    return RecordStore::open(storePath());
+}
 
 std::unique_ptr<ApplicationSettings> TempHome::openSettings() const {
     return ApplicationSettings::openFile(settingsPath());
