@@ -1,0 +1,13 @@
+#pragma once
+
+#include "model/capture_data.h"
+#include "model/records.h"
+
+namespace kivo {
+
+// Whether `filter` accepts `capture`. On acceptance the capture's title and address are replaced
+// by the texts the filter tested (cut down when the filter cuts), so that the activity and every
+// later filter see them; otherwise the capture is left as it was.
+bool matchFilter(CaptureData& capture, const Filter& filter);
+
+}  // namespace kivo

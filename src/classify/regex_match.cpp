@@ -1,0 +1,98 @@
+#include "classify/regex_match.h"
+
+#include <unicode/regex.h>
+
+#include <QHashFunctions>
+#include <memory>
+#include <unordered_map>
+
+#include "classify/regex_error.h"
+#include "model/diagnostics.h"
+
+namespace kivo {
+
+namespace {
+
+// In steps of ICU's match engine (about a fifth of a millisecond each here): a pattern that
+// backtracks without end gives up after some milliseconds instead of freezing the tick.
+constexpr int32_t matchTimeLimit = 50;
+
+// Filters hold a few dozen patterns; the bound only stops a stream of distinct patterns (the
+// filter editor checking each keystroke) from growing the cache without end.
+constexpr std::size_t cacheCapacity = 1024;
+
+const UChar* utf16Of(const QString& text) {
+    return reinterpret_cast<const UChar*>(text.utf16());
+}
+
+struct CompiledPattern {
+    std::unique_ptr<icu::RegexPattern> pattern;  // null when the text does not compile
+    std::unique_ptr<icu::RegexMatcher> matcher;  // reused for every search with this pattern
+    QString compileError;
+    icu::UnicodeString input;  // aliases the text of the search in progress
+};
+
+CompiledPattern compile(const QString& patternText) {
+    CompiledPattern compiled;
+    UErrorCode status = U_ZERO_ERROR;
+    UParseError parseError{};
+    const icu::UnicodeString source(utf16Of(patternText), static_cast<int32_t>(patternText.size()));
+    compiled.pattern.reset(icu::RegexPattern::compile(source, 0, parseError, status));
+    if (U_SUCCESS(status)) {
+        compiled.matcher.reset(compiled.pattern->matcher(status));
+    }
+    if (U_SUCCESS(status)) {
+        compiled.matcher->setTimeLimit(matchTimeLimit, status);
+    }
+    if (U_FAILURE(status)) {
+        compiled.matcher.reset();
+        compiled.pattern.reset();
+        compiled.compileError = QStringLiteral("%1 at offset %2 in the pattern \"%3\"")
+                                    .arg(QLatin1StringView(u_errorName(status)))
+                                    .arg(parseError.offset)
+                                    .arg(patternText);
+    }
+    return compiled;
+}
+
+// Compiled once per pattern text; everything runs on the main thread, and a thread of its own
+// would get its own cache.
+CompiledPattern& compiledPattern(const QString& patternText) {
+    thread_local std::unordered_map<QString, CompiledPattern> cache;
+    const auto found = cache.find(patternText);
+    if (found != cache.end()) {
+        return found->second;
+    }
+    if (cache.size() >= cacheCapacity) {
+        cache.clear();
+    }
+    return cache.emplace(patternText, compile(patternText)).first->second;
+}
+
+}  // namespace
+
+std::optional<QString> firstRegexMatch(const QString& pattern, const QString& text) {
+    CompiledPattern& compiled = compiledPattern(pattern);
+    if (!compiled.matcher) {
+        printDiagnostic(regexErrorLine(compiled.compileError));
+        return std::nullopt;
+    }
+    compiled.input.setTo(false, utf16Of(text), static_cast<int32_t>(text.size()));
+    icu::RegexMatcher& matcher = *compiled.matcher;
+    matcher.reset(compiled.input);
+    UErrorCode status = U_ZERO_ERROR;
+    const bool found = matcher.find(status);
+    if (U_FAILURE(status)) {
+        printDiagnostic(regexErrorLine(QStringLiteral("%1 while matching the pattern \"%2\"")
+                                           .arg(QLatin1StringView(u_errorName(status)), pattern)));
+        return std::nullopt;
+    }
+    if (!found) {
+        return std::nullopt;
+    }
+    const int32_t start = matcher.start(status);
+    const int32_t end = matcher.end(status);
+    return text.mid(start, end - start);
+}
+
+}  // namespace kivo
