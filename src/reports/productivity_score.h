@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QDate>
+#include <QHash>
+#include <QSet>
+#include <QUuid>
+#include <cstdint>
+#include <vector>
+
+#include "reports/bar_chart_data.h"
+
+namespace kivo {
+
+class Productivity;
+class ProjectTreeViewModel;
+class RecordStore;
+
+// What a day's productivity is computed from: every filter's rating, deleted filters included,
+// since old totals still point at them; and the projects the tree counts (toggled, and not
+// archived unless archived projects are shown).
+struct ProductivityInputs {
+    QHash<QUuid, std::int64_t> ratingByFilter;
+    QSet<QUuid> countedProjects;
+};
+
+ProductivityInputs productivityInputs(RecordStore& store, const ProjectTreeViewModel& treeModel);
+
+struct DayProductivity {
+    // The rating-weighted share of the counted time, truncated; 0 when nothing was counted.
+    std::int64_t score = 0;
+    std::int64_t duration = 0;
+};
+
+// A total whose filter has no rating, an overflowing sum or a score out of range stops the program.
+DayProductivity dayProductivity(RecordStore& store, const ProductivityInputs& inputs, QDate day);
+
+// Sets today's score, then today's duration text.
+void refreshProductivity(Productivity& productivity, RecordStore& store,
+                         const ProjectTreeViewModel& treeModel, QDate today);
+
+// One bar per day of the `daysAgo` days ending with `today`, oldest first: the label, the score as
+// `value` and as `annotation`.
+std::vector<BarChartData> productivityBars(RecordStore& store,
+                                           const ProjectTreeViewModel& treeModel, QDate today,
+                                           int daysAgo);
+
+}  // namespace kivo

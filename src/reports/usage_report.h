@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDate>
+#include <cstdint>
+#include <vector>
+
+#include "reports/display_items.h"
+
+namespace kivo {
+
+class ProjectTreeViewModel;
+class RecordStore;
+
+// What one report view shows for a range of days. The table lists every group with time; the
+// chart lists the groups above 3 percent and pools the rest into one "Misc." row, which it
+// leaves out when the pool is 0.05 percent or less. Both are sorted largest first; rows of equal
+// duration keep the order in which their groups first appeared.
+template <class Row>
+struct UsageReport {
+    std::vector<Row> tableDataSet;
+    std::vector<Row> chartDataSet;
+    // The counted seconds, or 1 when there are none, so that shares can always be taken.
+    std::int64_t durationTotal = 1;
+};
+
+// Only records of the filters the tree counts (`enableFilters`) take part. The first record of a
+// group, in the store's order, names it.
+UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
+                                                     const ProjectTreeViewModel& treeModel,
+                                                     QDate minDate, QDate maxDate);
+UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
+                                                 const ProjectTreeViewModel& treeModel,
+                                                 QDate minDate, QDate maxDate);
+// Projects and tags are named by the tree; a counted record whose project or filter the tree
+// cannot name stops the program.
+UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
+                                                const ProjectTreeViewModel& treeModel,
+                                                QDate minDate, QDate maxDate);
+UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
+                                                     const ProjectTreeViewModel& treeModel,
+                                                     QDate minDate, QDate maxDate);
+
+}  // namespace kivo
