@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QByteArrayView>
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace kivo {
+
+// What Kivo reads from one desktop entry file: enough to tell whether it is an installed
+// application, what to call it, which windows belong to it and which icon to show.
+struct DesktopEntry {
+    QString type;
+    QString name;  // localized for the locale given to the parser
+    QString icon;  // a theme icon name or an absolute path
+    QString startupWmClass;
+    bool isHidden = false;  // Hidden=true: the entry counts as deleted
+    bool isNoDisplay = false;
+
+    bool isInstalledApplication() const {
+        return type == QLatin1String("Application") && !isHidden && !name.isEmpty();
+    }
+};
+
+// Reads the [Desktop Entry] group of a desktop entry file. Nothing when the file has no such
+// group. `messagesLocale` is the user's message locale as POSIX spells it (de_DE.UTF-8@euro).
+std::optional<DesktopEntry> parseDesktopEntry(QByteArrayView contents,
+                                              const QString& messagesLocale);
+
+// The locale tags to try for a localized key, best first, without the unlocalized key itself:
+// de_DE@euro, de_DE, de@euro, de.
+QStringList localeFallbacks(const QString& messagesLocale);
+
+}  // namespace kivo
