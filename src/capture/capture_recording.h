@@ -1,0 +1,20 @@
+#pragma once
+
+#include <vector>
+
+#include "model/application_settings.h"
+#include "model/capture_data.h"
+#include "model/instant.h"
+#include "model/record_store.h"
+
+namespace kivo {
+
+// Writes every ended capture that lasted at least the minimum duration: one `Activity` per live
+// filter that accepts it, in store order, or one under the unassigned filter when none does;
+// each activity also adds to its day's totals. Matching works on copies, so the pending captures
+// keep their texts for a retry. The writes join the store's open batch; committing or rolling it
+// back is the caller's. Throws StoreError when the store fails.
+void recordCaptures(const std::vector<CaptureData>& pending, RecordStore& store,
+                    const ApplicationSettings& settings, Instant now);
+
+}  // namespace kivo

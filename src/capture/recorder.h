@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QStringList>
+#include <vector>
+
+#include "capture/desktop.h"
+#include "model/application_settings.h"
+#include "model/capture_data.h"
+#include "model/instant.h"
+#include "model/record_store.h"
+
+namespace kivo {
+
+// Turns the timer's ticks into recorded time: each tick samples the desktop, merges the sample
+// into the pending captures and writes the captures that ended, in one transaction. When the
+// store fails, the transaction is rolled back and the ended captures wait for the next tick.
+class Recorder {
+public:
+    Recorder(Desktop& desktop, RecordStore& store, const ApplicationSettings& settings,
+             const Clock& clock);
+
+    // Only these applications are sampled; the list is replaced as a whole.
+    void setInstalledApplications(QStringList bundleIds);
+
+    void captureTick();
+
+    // Open captures, in the order they were first seen, and ended ones still to be written.
+    const std::vector<CaptureData>& pendingCaptures() const { return pending_; }
+
+private:
+    void captureStep();
+    bool writeEndedCaptures();
+
+    Desktop& desktop_;
+    RecordStore& store_;
+    const ApplicationSettings& settings_;
+    const Clock& clock_;
+    QStringList installedBundleIds_;
+    std::vector<CaptureData> pending_;
+};
+
+}  // namespace kivo
