@@ -19,7 +19,7 @@ constexpr int32_t matchTimeLimit = 50;
 
 // Filters hold a few dozen patterns; the bound only stops a stream of distinct patterns (the
 // filter editor checking each keystroke) from growing the cache without end.
-constexpr std::size_t cacheCapacity = 1024;
+constexpr std::size_t cacheCapacity = 4096;
 
 const UChar* utf16Of(const QString& text) {
     return reinterpret_cast<const UChar*>(text.utf16());

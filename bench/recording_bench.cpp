@@ -1,0 +1,95 @@
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include "capture/capture_recording.h"
+#include "capture/recorder.h"
+#include "model/unassigned_entries.h"
+#include "support/fake_desktop.h"
+#include "support/manual_clock.h"
+
+namespace kivo {
+namespace {
+
+const QString trackerId = QStringLiteral("com.google.Chrome");
+
+// A store and settings in a folder of their own, removed afterwards.
+struct Home {
+    QTemporaryDir dir;
+    std::unique_ptr<RecordStore> store =
+        RecordStore::open(dir.filePath(QStringLiteral("kivo.sqlite")));
+    std::unique_ptr<ApplicationSettings> settings =
+        ApplicationSettings::openFile(dir.filePath(QStringLiteral("Kivo.conf")));
+};
+
+// The tick of every second while the same window stays in front: a sample, one extended capture,
+// nothing to write.
+void tickWithoutClosing(benchmark::State& state) {
+    Home home;
+    test::ManualClock clock;
+    test::FakeDesktop desktop;
+    desktop.show(trackerId, QStringLiteral("Tracker"), QStringLiteral("Issue #0 - Tracker"));
+    Recorder recorder(desktop, *home.store, *home.settings, clock);
+    recorder.setInstalledApplications({QStringLiteral("org.gnome.Terminal"), trackerId});
+    for (auto _ : state) {
+        clock.advance(1.0);
+        recorder.captureTick();
+    }
+    benchmark::DoNotOptimize(recorder.pendingCaptures().front().duration);
+}
+BENCHMARK(tickWithoutClosing);
+
+// Filters of one application with a title cut and regular-expression conditions on title and
+// address; only the first accepts the capture.
+void addIssueFilters(RecordStore& store, int count, Instant now) {
+    for (int i = 0; i < count; ++i) {
+        auto filter = newRecord<Filter>(now);
+        filter.projectId = QUuid::createUuid();
+        filter.tagName = QStringLiteral("Issue %1").arg(i);
+        filter.appBundleId = trackerId;
+        filter.isPreprocessTitleOn = true;
+        filter.regexOfPreprocessTitle = QStringLiteral("[^-]+");
+        filter.matchExpressionOfTitle = QStringLiteral("^Issue #%1 .*(review|merge)").arg(i);
+        filter.isTitleRegexOn = true;
+        filter.matchExpressionOfUrl =
+            QStringLiteral("^https://tracker\\.example/issues/%1$").arg(i);
+        filter.isUrlRegexOn = true;
+        store.insert(filter);
+    }
+    store.save();
+}
+
+// One closed capture offered to every filter, written with its daily totals and committed.
+void recordOneClosedCapture(benchmark::State& state) {
+    Home home;
+    test::ManualClock clock;
+    ensureUnassignedEntries(*home.store, clock.now());
+    addIssueFilters(*home.store, static_cast<int>(state.range(0)), clock.now());
+    CaptureData closed{42.0,
+                       QStringLiteral("Tracker"),
+                       trackerId,
+                       QStringLiteral("Issue #0 needs review - Tracker"),
+                       QStringLiteral("https://tracker.example/issues/0"),
+                       true,
+                       clock.now(),
+                       clock.now() + Seconds{42.0}};
+    const std::vector<CaptureData> pending{closed};
+    for (auto _ : state) {
+        clock.advance(1.0);
+        recordCaptures(pending, *home.store, *home.settings, clock.now());
+        home.store->save();
+    }
+}
+BENCHMARK(recordOneClosedCapture)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace kivo
+
+int main(int argc, char* argv[]) {
+    QCoreApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
