@@ -1,13 +1,70 @@
 #include "ui/report_command.h"
 
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QTemporaryDir>
 #include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "model/application_settings.h"
+#include "model/local_day.h"
+#include "model/open_store.h"
+#include "ui/report_arguments.h"
+#include "ui/report_contents.h"
+#include "ui/report_json.h"
+#include "ui/report_text.h"
 
 namespace kivo {
 
-// PLACEHOLDER until the report work lands; replaced by the reports helper.
-int runReportCommand(int, char*[]) {
-    std::puts("kivo report: not built yet");
-    return 1;
+namespace {
+
+QStringList optionsOf(int argc, char* argv[]) {
+    QStringList options;
+    for (int i = 2; i < argc; ++i) {
+        options.append(QString::fromLocal8Bit(argv[i]));
+    }
+    return options;
+}
+
+// The user's store, read-only. Before the tracker has ever run there is none; the report is
+// then drawn from an empty store in a scratch folder, which goes away with `scratch`.
+std::unique_ptr<RecordStore> openStoreForReading(std::optional<QTemporaryDir>& scratch) {
+    const QString path = RecordStore::defaultPath();
+    if (QFileInfo::exists(path)) {
+        return openStoreOrExit(path, RecordStore::Mode::ReadOnly);
+    }
+    scratch.emplace();
+    return openStoreOrExit(scratch->filePath(QStringLiteral("kivo.sqlite")));
+}
+
+}  // namespace
+
+int runReportCommand(int argc, char* argv[]) {
+    std::optional<QCoreApplication> application;
+    if (QCoreApplication::instance() == nullptr) {
+        application.emplace(argc, argv);
+    }
+    const SystemClock clock;
+    const auto arguments = parseReportArguments(optionsOf(argc, argv), localDateOf(clock.now()));
+    if (!arguments) {
+        std::fputs(reportUsage, stderr);
+        return 2;
+    }
+    if (arguments->isHelp) {
+        std::fputs(reportUsage, stdout);
+        return 0;
+    }
+
+    std::optional<QTemporaryDir> scratch;
+    const auto store = openStoreForReading(scratch);
+    const auto settings = ApplicationSettings::openDefault();
+    const ReportContents contents = collectReport(*store, *settings, clock, *arguments);
+    const QByteArray output =
+        arguments->isJson ? reportJson(contents) : reportText(contents).toUtf8();
+    std::fwrite(output.constData(), 1, static_cast<std::size_t>(output.size()), stdout);
+    std::fflush(stdout);
+    return 0;
 }
 
 }  // namespace kivo
