@@ -1,6 +1,5 @@
 #include <benchmark/benchmark.h>
 
-#include <QCoreApplication>
 #include <QTemporaryDir>
 
 #include "capture/capture_recording.h"
@@ -86,10 +85,4 @@ BENCHMARK(recordOneClosedCapture)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark:
 }  // namespace
 }  // namespace kivo
 
-int main(int argc, char* argv[]) {
-    QCoreApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
-}
+BENCHMARK_MAIN();

@@ -11,44 +11,58 @@ namespace {
 
 const QString editorId = QStringLiteral("org.gnome.TextEditor");
 const QString chromeId = QStringLiteral("com.google.Chrome");
-const QString safariId = QStringLiteral("com.apple.Safari");
 const QString miId = QStringLiteral("net.mimikaki.mi");
 
 class TakeSample : public testing::Test {
 protected:
-    std::optional<CaptureData> sample() {
-        return takeSample(desktop, clock, installed, builtInBrowserTable());
+    std::optional<CaptureData> sample(const BrowserTable& table = builtInBrowserTable()) {
+        return takeSample(desktop, clock, installed, table);
+    }
+
+    void showEditor() {
+        desktop.show(editorId, QStringLiteral("Text Editor"), QStringLiteral("notes.txt"));
+    }
+
+    void showTab(const QString& bundleId, const QString& name) {
+        desktop.showTab(bundleId, name, QStringLiteral("News"),
+                        QStringLiteral("https://n.example/"));
+    }
+
+    QStringList scriptsAsked() const {
+        QStringList scripts;
+        for (const BrowserQuery& query : desktop.queries) {
+            scripts.append(query.script);
+        }
+        return scripts;
     }
 
     test::FakeDesktop desktop;
     test::ManualClock clock;
     QStringList installed{editorId,
                           chromeId,
-                          safariId,
                           miId,
                           kivoBundleId.toString(),
+                          QStringLiteral("com.apple.Safari"),
                           QStringLiteral("org.blisk.Blisk")};
 };
 
-TEST_F(TakeSample, WindowTitleAndEmptyAddressOfAnOrdinaryApplication) {
-    desktop.show(editorId, QStringLiteral("Text Editor"), QStringLiteral("notes.txt"));
-    const auto taken = sample();
-    ASSERT_TRUE(taken);
-    EXPECT_EQ(*taken, (CaptureData{0.0, QStringLiteral("Text Editor"), editorId,
-                                   QStringLiteral("notes.txt"), QString(), false, clock.now(),
-                                   clock.now()}));
+TEST_F(TakeSample, OrdinaryApplicationGivesItsWindowTitleAndAnEmptyAddress) {
+    showEditor();
+    EXPECT_EQ(sample(), (CaptureData{0.0, QStringLiteral("Text Editor"), editorId,
+                                     QStringLiteral("notes.txt"), QString(), false, clock.now(),
+                                     clock.now()}));
     EXPECT_TRUE(desktop.queries.empty());
 }
 
 TEST_F(TakeSample, RefusedWhenTheDesktopCannotTellOrTheApplicationIsNotTracked) {
     EXPECT_FALSE(sample()) << "nothing in front";
-    desktop.show(editorId, QStringLiteral("Text Editor"), QStringLiteral("notes.txt"));
+    showEditor();
     desktop.windowTitle.reset();
     EXPECT_FALSE(sample()) << "no titled window";
-    desktop.show(editorId, QStringLiteral("Text Editor"), QStringLiteral("notes.txt"));
+    showEditor();
     desktop.frontmost->bundleId.reset();
     EXPECT_FALSE(sample()) << "no identifier";
-    desktop.show(editorId, QStringLiteral("Text Editor"), QStringLiteral("notes.txt"));
+    showEditor();
     desktop.frontmost->localizedName.reset();
     EXPECT_FALSE(sample()) << "no name";
     desktop.show(kivoBundleId.toString(), QStringLiteral("Kivo"), QStringLiteral("Kivo"));
@@ -56,11 +70,10 @@ TEST_F(TakeSample, RefusedWhenTheDesktopCannotTellOrTheApplicationIsNotTracked) 
     desktop.show(QStringLiteral("org.example.Tool"), QStringLiteral("Tool"), QStringLiteral("t"));
     EXPECT_FALSE(sample()) << "not installed";
 
-    desktop.showTab(chromeId, QStringLiteral("Google Chrome"), QStringLiteral("News"),
-                    QStringLiteral("https://news.example/"));
+    showTab(chromeId, QStringLiteral("Google Chrome"));
     desktop.windowTitle.reset();
-    EXPECT_FALSE(sample()) << "a browser without window is not asked";
-    EXPECT_TRUE(desktop.queries.empty());
+    EXPECT_FALSE(sample()) << "a browser without window";
+    EXPECT_TRUE(desktop.queries.empty()) << "is not asked";
     desktop.windowTitle = QStringLiteral("Google Chrome");
     desktop.tabTitle.reset();
     EXPECT_FALSE(sample()) << "title script failed";
@@ -74,72 +87,53 @@ TEST_F(TakeSample, RefusedWhenTheDesktopCannotTellOrTheApplicationIsNotTracked) 
 }
 
 TEST_F(TakeSample, BrowsersAnswerWithTheirFrontTabByTheirOwnScripts) {
-    desktop.showTab(chromeId, QStringLiteral("Google Chrome"), QStringLiteral("News"),
-                    QStringLiteral("https://news.example/"));
+    desktop.whileAnswering = [this](const BrowserQuery&) { clock.advance(0.25); };
+    showTab(chromeId, QStringLiteral("Google Chrome"));
     const auto chrome = sample();
     ASSERT_TRUE(chrome);
-    EXPECT_EQ(chrome->title, QStringLiteral("News"));
-    EXPECT_EQ(chrome->url, QStringLiteral("https://news.example/"));
-    ASSERT_EQ(desktop.queries.size(), 2u);
-    const BrowserQuery& title = desktop.queries[0];
-    const BrowserQuery& address = desktop.queries[1];
-    EXPECT_EQ(title.bundleId, chromeId);
-    EXPECT_EQ(title.appName, QStringLiteral("Google Chrome"));
-    EXPECT_EQ(title.field, BrowserField::Title);
-    EXPECT_EQ(title.script, tabTitleScript(QStringLiteral("Google Chrome"), TabWord::ActiveTab));
-    EXPECT_EQ(address.field, BrowserField::Address);
-    EXPECT_EQ(address.script,
-              tabAddressScript(QStringLiteral("Google Chrome"), TabWord::ActiveTab));
+    EXPECT_EQ(chrome->title, QStringLiteral("News")) << "the tab's title, not the window's";
+    EXPECT_EQ(chrome->url, QStringLiteral("https://n.example/"));
+    EXPECT_EQ(chrome->createdAt, clock.now()) << "dated when the scripts have answered";
+    EXPECT_EQ(chrome->updatedAt, clock.now());
+    const QString chromeName = QStringLiteral("Google Chrome");
+    EXPECT_EQ(scriptsAsked(), QStringList({tabTitleScript(chromeName, TabWord::ActiveTab),
+                                           tabAddressScript(chromeName, TabWord::ActiveTab)}));
+    EXPECT_EQ(desktop.queries[0].field, BrowserField::Title);
+    EXPECT_EQ(desktop.queries[1].field, BrowserField::Address);
+    EXPECT_EQ(desktop.queries[1].bundleId, chromeId);
+    EXPECT_EQ(desktop.queries[1].appName, chromeName);
 
     desktop.queries.clear();
-    desktop.showTab(safariId, QStringLiteral("Safari"), QStringLiteral("News"),
-                    QStringLiteral("https://news.example/"));
+    showTab(QStringLiteral("com.apple.Safari"), QStringLiteral("Safari"));
     ASSERT_TRUE(sample());
-    ASSERT_EQ(desktop.queries.size(), 2u);
-    EXPECT_EQ(desktop.queries[0].script,
-              tabTitleScript(QStringLiteral("Safari"), TabWord::CurrentTab));
-    EXPECT_EQ(desktop.queries[1].script,
-              tabAddressScript(QStringLiteral("Safari"), TabWord::CurrentTab));
+    EXPECT_EQ(scriptsAsked(),
+              QStringList({tabTitleScript(QStringLiteral("Safari"), TabWord::CurrentTab),
+                           tabAddressScript(QStringLiteral("Safari"), TabWord::CurrentTab)}));
 
     desktop.queries.clear();
-    desktop.showTab(QStringLiteral("org.blisk.Blisk"), QStringLiteral("Blisk"),
-                    QStringLiteral("News"), QStringLiteral("https://news.example/"));
+    showTab(QStringLiteral("org.blisk.Blisk"), QStringLiteral("Blisk"));
     ASSERT_TRUE(sample());
-    EXPECT_EQ(desktop.queries.at(0).script,
-              tabTitleScript(QStringLiteral("Blisk"), TabWord::ActiveTab));
+    EXPECT_EQ(scriptsAsked().at(0), tabTitleScript(QStringLiteral("Blisk"), TabWord::ActiveTab));
 }
 
-TEST_F(TakeSample, ScriptTitleApplicationHasNoAddress) {
+TEST_F(TakeSample, ScriptTitleApplicationAndUnlistedBrowserHaveNoAddress) {
     desktop.show(miId, QStringLiteral("mi"), QStringLiteral("window"));
     desktop.tabTitle = QStringLiteral("draft.txt");
-    const auto taken = sample();
-    ASSERT_TRUE(taken);
-    EXPECT_EQ(taken->title, QStringLiteral("draft.txt"));
-    EXPECT_EQ(taken->url, QString());
-    ASSERT_EQ(desktop.queries.size(), 1u);
-    EXPECT_EQ(desktop.queries[0].script, windowTitleScript(QStringLiteral("mi")));
-}
+    const auto mi = sample();
+    ASSERT_TRUE(mi);
+    EXPECT_EQ(mi->title, QStringLiteral("draft.txt"));
+    EXPECT_EQ(mi->url, QString());
+    EXPECT_EQ(scriptsAsked(), QStringList(windowTitleScript(QStringLiteral("mi"))));
 
-TEST_F(TakeSample, BrowserInNeitherTabListKeepsItsWindowTitle) {
+    desktop.queries.clear();
     BrowserTable table = builtInBrowserTable();
     table.activeTabBundleIds.removeAll(chromeId);
-    desktop.showTab(chromeId, QStringLiteral("Google Chrome"), QStringLiteral("News"),
-                    QStringLiteral("https://news.example/"));
-    const auto taken = takeSample(desktop, clock, installed, table);
-    ASSERT_TRUE(taken);
-    EXPECT_EQ(taken->title, QStringLiteral("Google Chrome"));
-    EXPECT_EQ(taken->url, QString());
+    showTab(chromeId, QStringLiteral("Google Chrome"));
+    const auto chrome = sample(table);
+    ASSERT_TRUE(chrome);
+    EXPECT_EQ(chrome->title, QStringLiteral("Google Chrome"));
+    EXPECT_EQ(chrome->url, QString());
     EXPECT_TRUE(desktop.queries.empty());
-}
-
-TEST_F(TakeSample, DatedWhenTheScriptsHaveAnswered) {
-    desktop.whileAnswering = [this](const BrowserQuery&) { clock.advance(0.25); };
-    desktop.showTab(chromeId, QStringLiteral("Google Chrome"), QStringLiteral("News"),
-                    QStringLiteral("https://news.example/"));
-    const auto taken = sample();
-    ASSERT_TRUE(taken);
-    EXPECT_EQ(taken->createdAt, clock.now());
-    EXPECT_EQ(taken->updatedAt, clock.now());
 }
 
 }  // namespace
