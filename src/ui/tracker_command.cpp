@@ -1,13 +1,44 @@
 #include "ui/tracker_command.h"
 
+#include <QCoreApplication>
 #include <cstdio>
+#include <cstdlib>
+
+#include "capture/capture_timer.h"
+#include "capture/recorder.h"
+#include "model/application_settings.h"
+#include "model/open_store.h"
+#include "model/unassigned_entries.h"
+#include "ui/platform/desktop_factory.h"
+#include "ui/platform/termination_signals.h"
 
 namespace kivo {
 
-// PLACEHOLDER until the desktop backend lands; replaced by the X11 helper.
-int runTracker(int, char*[]) {
-    std::puts("kivo: tracker not built yet");
-    return 1;
+int runTracker(int argc, char* argv[]) {
+    QCoreApplication application(argc, argv);
+    // Installed first, so that a signal during start-up also ends the process cleanly.
+    TerminationSignals terminationSignals;
+    QObject::connect(&terminationSignals, &TerminationSignals::received, &application,
+                     &QCoreApplication::quit);
+
+    auto choice = chooseDesktop();
+    if (!choice.desktop) {
+        std::fprintf(stderr, "kivo: %s\n", qUtf8Printable(choice.failure));
+        return EXIT_FAILURE;
+    }
+
+    const SystemClock clock;
+    const auto store = openStoreOrExit(RecordStore::defaultPath());
+    ensureUnassignedEntries(*store, clock.now());
+    const auto settings = ApplicationSettings::openDefault();
+
+    Recorder recorder(*choice.desktop, *store, *settings, clock);
+    recorder.setInstalledApplications(choice.desktop->installedApplicationBundleIds());
+    CaptureTimer timer(recorder, *settings);
+    timer.start();
+    QCoreApplication::exec();
+    timer.stop();
+    return EXIT_SUCCESS;
 }
 
 }  // namespace kivo
