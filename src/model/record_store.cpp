@@ -282,7 +282,8 @@ SQLite::Statement& RecordStore::statement(const std::string& sql) {
     const auto found = std::find_if(statements_.begin(), statements_.end(),
                                     [&sql](const auto& entry) { return entry.first == sql; });
     if (found != statements_.end()) {
-        found->second->reset();
+        // tryReset: a statement that failed last time must not throw that old error again.
+        found->second->tryReset();
         found->second->clearBindings();
         return *found->second;
     }

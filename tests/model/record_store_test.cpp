@@ -206,6 +206,23 @@ TEST(RecordStore, UnsavedBatchIsRolledBackAndSavedOneStays) {
     EXPECT_EQ(fetched.front().id, saved.id);
 }
 
+TEST(RecordStore, AFailedWriteDoesNotSpoilTheNextBatch) {
+    TempHome home;
+    auto store = home.openStore();
+    const auto first = sample<Project>();
+    store->insert(first);
+    store->save();
+
+    store->insert(sample<Project>());
+    EXPECT_THROW(store->insert(first), StoreError);  // the same id again
+    store->rollback();
+
+    const auto next = sample<Project>();
+    EXPECT_NO_THROW(store->insert(next));
+    store->save();
+    EXPECT_EQ(store->fetch<Project>().size(), 2u);
+}
+
 TEST(RecordStore, FetchFiltersByRangeAndOrders) {
     TempHome home;
     auto store = home.openStore();
