@@ -21,12 +21,6 @@ ProjectTreeViewModel::ProjectTreeViewModel(RecordStore& store, ApplicationSettin
       minSelectedDate_(localDateOf(clock.now())),
       maxSelectedDate_(minSelectedDate_) {}
 
-void ProjectTreeViewModel::storeProjects(std::vector<ProjectTreeItem> projects) {
-    projects_ = std::move(projects);
-    refreshDerived();
-    Q_EMIT projectsChanged();
-}
-
 void ProjectTreeViewModel::setDurationTotal(std::int64_t value) {
     if (value != durationTotal_) {
         durationTotal_ = value;
@@ -35,7 +29,9 @@ void ProjectTreeViewModel::setDurationTotal(std::int64_t value) {
 }
 
 void ProjectTreeViewModel::setProjects(std::vector<ProjectTreeItem> projects) {
-    storeProjects(std::move(projects));
+    projects_ = std::move(projects);
+    refreshDerived();
+    Q_EMIT projectsChanged();
 }
 
 void ProjectTreeViewModel::setIsShowArchivedProject(bool value) {
@@ -112,7 +108,7 @@ void ProjectTreeViewModel::loadSavedTree() {
     if (document) {
         auto saved = decodeSavedTree(*document);
         if (saved && !saved->empty()) {
-            storeProjects(std::move(*saved));
+            setProjects(std::move(*saved));
             return;
         }
     }
@@ -139,7 +135,7 @@ void ProjectTreeViewModel::buildTreeFromRecords() {
         }
         projects.push_back(std::move(project));
     }
-    storeProjects(std::move(projects));
+    setProjects(std::move(projects));
     setDurationTotal(0);
     Q_EMIT forceUpdateRequested();
     recomputeTreeDurations(minSelectedDate_, maxSelectedDate_);
@@ -179,7 +175,7 @@ void ProjectTreeViewModel::moveProjects(const std::vector<std::size_t>& offsets,
     if (!moveElements(projects, offsets, destination)) {
         fatal("a project move names a place outside the tree");
     }
-    storeProjects(std::move(projects));
+    setProjects(std::move(projects));
     saveTree();
 }
 
@@ -193,7 +189,7 @@ void ProjectTreeViewModel::moveFilters(const QUuid& projectId,
     if (project == projects.end() || !moveElements(project->filters, offsets, destination)) {
         fatal("a filter move names a place outside its project");
     }
-    storeProjects(std::move(projects));
+    setProjects(std::move(projects));
     saveTree();
 }
 

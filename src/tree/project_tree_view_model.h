@@ -72,7 +72,6 @@ Q_SIGNALS:
     void forceUpdateRequested();
 
 private:
-    void storeProjects(std::vector<ProjectTreeItem> projects);
     void setDurationTotal(std::int64_t value);
 
     RecordStore& store_;

@@ -13,7 +13,8 @@ namespace {
 
 using Align = TextTable::Align;
 
-const QString indent = QStringLiteral("  ");
+constexpr QStringView indent = u"  ";
+constexpr QStringView nestedIndent = u"    ";
 
 QString timeText(std::int64_t seconds) {
     return formatDurationLabel(seconds).trimmed();
@@ -36,7 +37,7 @@ QString treeSection(const TreeSnapshot& tree) {
         table.addRow(
             {indent + name, timeText(project.duration), QString::number(project.duration)});
         for (const auto& filter : project.filters) {
-            table.addRow({indent + indent + filter.name, timeText(filter.duration),
+            table.addRow({nestedIndent + filter.name, timeText(filter.duration),
                           QString::number(filter.duration),
                           counted.contains(filter.id) ? QStringLiteral("yes") : QString()});
         }
@@ -73,7 +74,7 @@ QString usageSection(const QString& title, const QStringList& nameHeaders,
             text.addRow(nameCells(row) << timeText(row.duration) << QString::number(row.duration)
                                        << percentageText(row.duration, report.durationTotal));
         }
-        return text.render(indent + indent);
+        return text.render(nestedIndent);
     };
     if (report.tableDataSet.empty()) {
         return title + u": nothing counted\n";
@@ -82,7 +83,7 @@ QString usageSection(const QString& title, const QStringList& nameHeaders,
                    QString::number(report.durationTotal) + u" s)\n" + indent + u"Table\n" +
                    table(report.tableDataSet) + indent + u"Chart\n";
     if (report.chartDataSet.empty()) {
-        return text + indent + indent + u"No chart data available.\n";
+        return text + nestedIndent + u"No chart data available.\n";
     }
     return text + table(report.chartDataSet);
 }

@@ -11,7 +11,7 @@ void TextTable::addRow(QStringList cells) {
     rows_.push_back(std::move(cells));
 }
 
-QString TextTable::render(const QString& indent) const {
+QString TextTable::render(QStringView indent) const {
     std::vector<qsizetype> widths;
     for (const auto& column : columns_) {
         widths.push_back(column.header.size());
@@ -22,7 +22,7 @@ QString TextTable::render(const QString& indent) const {
         }
     }
     const auto line = [&](const QStringList& cells) -> QString {
-        QString text = indent;
+        QString text = indent.toString();
         for (std::size_t i = 0; i < columns_.size(); ++i) {
             const QString& cell = cells[static_cast<qsizetype>(i)];
             if (i > 0) {

@@ -23,7 +23,7 @@ public:
     bool isEmpty() const { return rows_.empty(); }
 
     // Every line starts with `indent` and ends with a newline; trailing blanks are cut.
-    QString render(const QString& indent) const;
+    QString render(QStringView indent) const;
 
 private:
     std::vector<Column> columns_;
