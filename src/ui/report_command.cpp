@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "model/application_settings.h"
+#include "model/instant.h"
 #include "model/local_day.h"
 #include "model/open_store.h"
 #include "ui/report_arguments.h"
