@@ -5,9 +5,13 @@
 namespace kivo::test {
 
 ScopedProcess::ScopedProcess(const QString& program, const QStringList& arguments,
-                             const QProcessEnvironment& environment)
+                             const QProcessEnvironment& environment, const QString& outputFile)
     : process_(std::make_unique<QProcess>()) {
     process_->setProcessEnvironment(environment);
+    if (!outputFile.isEmpty()) {
+        process_->setProcessChannelMode(QProcess::MergedChannels);
+        process_->setStandardOutputFile(outputFile, QIODevice::Append);
+    }
     process_->start(program, arguments);
     process_->waitForStarted(10'000);
 }

@@ -12,9 +12,11 @@ namespace kivo::test {
 // it has not exited within a few seconds. Tests that fail half-way leave nothing behind.
 class ScopedProcess {
 public:
-    ScopedProcess(
-        const QString& program, const QStringList& arguments,
-        const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment());
+    // With `outputFile`, standard output and error go there instead of pipes that nobody may
+    // read, so that a talkative daemon never blocks on a full pipe.
+    ScopedProcess(const QString& program, const QStringList& arguments,
+                  const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
+                  const QString& outputFile = QString());
     ~ScopedProcess();
     ScopedProcess(const ScopedProcess&) = delete;
     ScopedProcess& operator=(const ScopedProcess&) = delete;

@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 
 #include <QDeadlineTimer>
+#include <QRandomGenerator>
 #include <QThread>
 #include <cstdlib>
 
@@ -10,16 +11,26 @@ namespace kivo::test {
 
 namespace {
 
-QStringList xvfbArguments(std::optional<int> displayNumber) {
-    QStringList arguments;
-    if (displayNumber) {
-        arguments << u':' + QString::number(*displayNumber);
-    }
-    // The server writes its display number to standard output once it accepts clients.
-    arguments << QStringLiteral("-displayfd") << QStringLiteral("1") << QStringLiteral("-nolisten")
-              << QStringLiteral("tcp") << QStringLiteral("-screen") << QStringLiteral("0")
-              << QStringLiteral("1024x768x24");
-    return arguments;
+QStringList xvfbArguments(int displayNumber) {
+    // The server writes its display number to standard output once it accepts clients. Without
+    // -noreset it would reset whenever its last client leaves, and a client connecting during
+    // the reset (a window manager right after a readiness probe) would be turned away.
+    return {u':' + QString::number(displayNumber),
+            QStringLiteral("-noreset"),
+            QStringLiteral("-displayfd"),
+            QStringLiteral("1"),
+            QStringLiteral("-nolisten"),
+            QStringLiteral("tcp"),
+            QStringLiteral("-screen"),
+            QStringLiteral("0"),
+            QStringLiteral("1024x768x24")};
+}
+
+// Servers that other tests are shutting down still hold their display's sockets for a moment
+// after they have given up its lock, and a new server that takes the number then is unreachable.
+// Numbers drawn at random from a wide range are never reused that quickly.
+int randomDisplayNumber() {
+    return static_cast<int>(QRandomGenerator::global()->bounded(1000, 30000));
 }
 
 bool rootHasWindowManagerCheck(xcb_connection_t* connection, xcb_window_t root) {
@@ -40,17 +51,22 @@ bool rootHasWindowManagerCheck(xcb_connection_t* connection, xcb_window_t root) 
 
 }  // namespace
 
-XvfbServer::XvfbServer(std::optional<int> displayNumber)
-    : process_(QStringLiteral("Xvfb"), xvfbArguments(displayNumber)) {
-    QByteArray announced;
-    const QDeadlineTimer deadline(20'000);
-    while (!announced.contains('\n') && process_.isRunning() && !deadline.hasExpired()) {
-        process_.process().waitForReadyRead(200);
-        announced += process_.process().readAllStandardOutput();
+XvfbServer::XvfbServer(std::optional<int> displayNumber) {
+    // A number that is taken makes the server exit at once; another number is tried then.
+    const int attempts = displayNumber ? 1 : 10;
+    for (int attempt = 0; attempt < attempts && displayNumber_ < 0; ++attempt) {
+        process_ = std::make_unique<ScopedProcess>(
+            QStringLiteral("Xvfb"), xvfbArguments(displayNumber.value_or(randomDisplayNumber())));
+        QByteArray announced;
+        const QDeadlineTimer deadline(20'000);
+        while (!announced.contains('\n') && process_->isRunning() && !deadline.hasExpired()) {
+            process_->process().waitForReadyRead(200);
+            announced += process_->process().readAllStandardOutput();
+        }
+        bool isNumber = false;
+        const int number = announced.trimmed().toInt(&isNumber);
+        displayNumber_ = isNumber ? number : -1;
     }
-    bool isNumber = false;
-    const int number = announced.trimmed().toInt(&isNumber);
-    displayNumber_ = isNumber ? number : -1;
 }
 
 QProcessEnvironment XvfbServer::clientEnvironment(QProcessEnvironment base) const {

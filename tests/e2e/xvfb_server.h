@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <memory>
 #include <optional>
 
 #include "e2e/scoped_process.h"
@@ -22,7 +23,7 @@ public:
         QProcessEnvironment base = QProcessEnvironment::systemEnvironment()) const;
 
 private:
-    ScopedProcess process_;
+    std::unique_ptr<ScopedProcess> process_;
     int displayNumber_ = -1;
 };
 

@@ -1,6 +1,7 @@
 #include "ui/platform/desktop_entry.h"
 
 #include <QHash>
+#include <QStringList>
 
 namespace kivo {
 
@@ -85,8 +86,7 @@ bool booleanValue(const QHash<QString, QString>& values, const QString& key) {
     return values.value(key) == QLatin1String("true");
 }
 
-}  // namespace
-
+// The locale tags to try for a localized key, best first: de_DE@euro, de_DE, de@euro, de.
 QStringList localeFallbacks(const QString& messagesLocale) {
     QString rest = messagesLocale;
     QString modifier;
@@ -116,6 +116,8 @@ QStringList localeFallbacks(const QString& messagesLocale) {
     tags.append(language);
     return tags;
 }
+
+}  // namespace
 
 std::optional<DesktopEntry> parseDesktopEntry(QByteArrayView contents,
                                               const QString& messagesLocale) {

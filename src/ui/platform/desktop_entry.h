@@ -2,7 +2,6 @@
 
 #include <QByteArrayView>
 #include <QString>
-#include <QStringList>
 #include <optional>
 
 namespace kivo {
@@ -26,9 +25,5 @@ struct DesktopEntry {
 // group. `messagesLocale` is the user's message locale as POSIX spells it (de_DE.UTF-8@euro).
 std::optional<DesktopEntry> parseDesktopEntry(QByteArrayView contents,
                                               const QString& messagesLocale);
-
-// The locale tags to try for a localized key, best first, without the unlocalized key itself:
-// de_DE@euro, de_DE, de@euro, de.
-QStringList localeFallbacks(const QString& messagesLocale);
 
 }  // namespace kivo

@@ -76,15 +76,5 @@ TEST(DesktopEntryTest, PicksTheBestLocalizedName) {
     EXPECT_EQ(nameFor(""), QStringLiteral("Text Editor"));
 }
 
-TEST(DesktopEntryTest, LocaleFallbacksFollowTheMatchingOrder) {
-    EXPECT_EQ(localeFallbacks(QStringLiteral("sr_RS.UTF-8@latin")),
-              (QStringList{QStringLiteral("sr_RS@latin"), QStringLiteral("sr_RS"),
-                           QStringLiteral("sr@latin"), QStringLiteral("sr")}));
-    EXPECT_EQ(localeFallbacks(QStringLiteral("pt_BR")),
-              (QStringList{QStringLiteral("pt_BR"), QStringLiteral("pt")}));
-    EXPECT_EQ(localeFallbacks(QStringLiteral("ja")), QStringList{QStringLiteral("ja")});
-    EXPECT_TRUE(localeFallbacks(QString()).isEmpty());
-}
-
 }  // namespace
 }  // namespace kivo
