@@ -82,7 +82,7 @@ QString localizedValue(const QHash<QString, QString>& values, const QString& key
     return unescapeValue(values.value(key));
 }
 
-bool booleanValue(const QHash<QString, QString>& values, const QString& key) {
+bool isTrue(const QHash<QString, QString>& values, const QString& key) {
     return values.value(key) == QLatin1String("true");
 }
 
@@ -132,8 +132,7 @@ std::optional<DesktopEntry> parseDesktopEntry(QByteArrayView contents,
     entry.name = localizedValue(values, QStringLiteral("Name"), fallbacks);
     entry.icon = localizedValue(values, QStringLiteral("Icon"), fallbacks);
     entry.startupWmClass = unescapeValue(values.value(QStringLiteral("StartupWMClass")));
-    entry.isHidden = booleanValue(values, QStringLiteral("Hidden"));
-    entry.isNoDisplay = booleanValue(values, QStringLiteral("NoDisplay"));
+    entry.isHidden = isTrue(values, QStringLiteral("Hidden"));
     return entry;
 }
 

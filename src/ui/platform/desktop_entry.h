@@ -13,8 +13,7 @@ struct DesktopEntry {
     QString name;  // localized for the locale given to the parser
     QString icon;  // a theme icon name or an absolute path
     QString startupWmClass;
-    bool isHidden = false;  // Hidden=true: the entry counts as deleted
-    bool isNoDisplay = false;
+    bool isHidden = false;  // Hidden=true: the entry counts as deleted; NoDisplay does not matter
 
     bool isInstalledApplication() const {
         return type == QLatin1String("Application") && !isHidden && !name.isEmpty();

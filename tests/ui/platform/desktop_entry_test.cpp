@@ -26,7 +26,6 @@ TEST(DesktopEntryTest, ReadsTheMainGroupOnly) {
     EXPECT_EQ(entry->name, QStringLiteral("Files"));
     EXPECT_EQ(entry->icon, QStringLiteral("org.gnome.Nautilus"));
     EXPECT_EQ(entry->startupWmClass, QStringLiteral("org.gnome.Nautilus"));
-    EXPECT_TRUE(entry->isNoDisplay);
     EXPECT_FALSE(entry->isHidden);
     EXPECT_TRUE(entry->isInstalledApplication());
 }
