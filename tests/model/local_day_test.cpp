@@ -13,15 +13,13 @@ double hoursOf(const DayRange& day) {
     return (day.end - day.begin).count() / 3600.0;
 }
 
-TEST(LocalDay, DaylightSavingDaysHave23And25Hours) {
+TEST(LocalDay, DaylightSavingDaysHave23And25HoursUpToTheirLastFraction) {
     test::ScopedTimeZone berlin("Europe/Berlin");
     EXPECT_EQ(hoursOf(localDay(QDate(2026, 3, 29))), 23.0);
     EXPECT_EQ(hoursOf(localDay(QDate(2026, 10, 25))), 25.0);
     EXPECT_EQ(hoursOf(localDay(QDate(2026, 11, 21))), 24.0);
-}
 
-TEST(LocalDay, LastSecondAndItsFractionsBelongToTheDay) {
-    test::ScopedTimeZone berlin("Europe/Berlin");
+    // The last second of the long day and its fractions belong to it.
     const DayRange day = localDay(QDate(2026, 10, 25));
     const Instant lastMoment = day.end - Seconds{0.0001};
     EXPECT_TRUE(day.contains(lastMoment));
