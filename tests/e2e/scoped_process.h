@@ -1,37 +1,51 @@
 #pragma once
 
 #include <QProcess>
-#include <QProcessEnvironment>
-#include <QString>
-#include <QStringList>
+#include <csignal>
 #include <memory>
 
 namespace kivo::test {
 
-// A child process that ends with the object, by its own process id: SIGTERM, then SIGKILL when
-// it has not exited within a few seconds. Tests that fail half-way leave nothing behind.
+// A child process that ends with the object, by its own process id (SIGTERM, then SIGKILL), so that
+// failed tests leave nothing behind. `outputFile` spares a talkative daemon a pipe nobody reads.
 class ScopedProcess {
 public:
-    // With `outputFile`, standard output and error go there instead of pipes that nobody may
-    // read, so that a talkative daemon never blocks on a full pipe.
     ScopedProcess(const QString& program, const QStringList& arguments,
                   const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
-                  const QString& outputFile = QString());
-    ~ScopedProcess();
-    ScopedProcess(const ScopedProcess&) = delete;
-    ScopedProcess& operator=(const ScopedProcess&) = delete;
+                  const QString& outputFile = QString()) {
+        process_->setProcessEnvironment(environment);
+        if (!outputFile.isEmpty()) {
+            process_->setProcessChannelMode(QProcess::MergedChannels);
+            process_->setStandardOutputFile(outputFile, QIODevice::Append);
+        }
+        process_->start(program, arguments);
+        process_->waitForStarted(10'000);
+    }
+    ~ScopedProcess() {
+        if (isRunning()) {
+            stop(SIGTERM, 5'000);
+        }
+    }
 
     // False also when the program could not be started.
-    bool isRunning() const;
-    qint64 processId() const;
+    bool isRunning() const { return process_->state() != QProcess::NotRunning; }
     QProcess& process() { return *process_; }
 
-    // Sends `signal`, waits for the exit and returns the exit code; -1 when the process did not
-    // exit by itself in time (it is then killed) or was ended by a signal.
-    int stop(int signal, int timeoutMs = 10'000);
+    // Sends `signal`; the exit code, or -1 when killed after `timeoutMs` or ended by a signal.
+    int stop(int signal, int timeoutMs = 10'000) {
+        if (const qint64 pid = process_->processId(); pid > 0) {
+            ::kill(static_cast<pid_t>(pid), signal);
+        }
+        if (!process_->waitForFinished(timeoutMs)) {
+            process_->kill();
+            process_->waitForFinished(5'000);
+            return -1;
+        }
+        return process_->exitStatus() == QProcess::NormalExit ? process_->exitCode() : -1;
+    }
 
 private:
-    std::unique_ptr<QProcess> process_;
+    std::unique_ptr<QProcess> process_ = std::make_unique<QProcess>();
 };
 
 }  // namespace kivo::test
