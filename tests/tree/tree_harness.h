@@ -75,21 +75,34 @@ private:
     Instant now_;
 };
 
-// A private home with a store, settings, a clock at noon of `today` and a tree model over them.
+// Work (Code rated 100, Mail 50), the archived Hobby (Guitar 0) and Home (Cook -100), inserted
+// interleaved.
+struct SampleProjects {
+    RecordFixture& r;
+    Project work = r.project(u"Work"_qs), hobby = r.project(u"Hobby"_qs, true);
+    Project home = r.project(u"Home"_qs);
+    Filter code = r.filter(work, u"Code"_qs, 100), guitar = r.filter(hobby, u"Guitar"_qs);
+    Filter mail = r.filter(work, u"Mail"_qs, 50), cook = r.filter(home, u"Cook"_qs, -100);
+};
+
+// A private home in `zone` with a store holding the sample projects, settings, a clock at noon
+// of `today` and a tree model over them.
 struct TreeHarness {
-    explicit TreeHarness(QDate today) : today(today), clock(localMoment(today, 12)) {}
+    TreeHarness(const char* zone, QDate today) : zone(zone), today(today) {}
 
     void buildTree() {
         records.save();
         tree.buildTreeFromRecords();
     }
 
+    ScopedTimeZone zone;
     QDate today;
+    ManualClock clock{localMoment(today, 12)};
     TempHome home;
-    ManualClock clock;
     std::unique_ptr<RecordStore> store = home.openStore();
     std::unique_ptr<ApplicationSettings> settings = home.openSettings();
     RecordFixture records{*store, clock.now()};
+    SampleProjects s{records};
     ProjectTreeViewModel tree{*store, *settings, clock};
 };
 
