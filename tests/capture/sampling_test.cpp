@@ -6,135 +6,90 @@
 #include "support/fake_desktop.h"
 #include "support/manual_clock.h"
 
-namespace kivo {
+namespace kivo::test {
 namespace {
 
-const QString editorId = QStringLiteral("org.gnome.TextEditor");
-const QString chromeId = QStringLiteral("com.google.Chrome");
-const QString miId = QStringLiteral("net.mimikaki.mi");
+using namespace Qt::StringLiterals;
+
+const QString miId = u"net.mimikaki.mi"_s, safariId = u"com.apple.Safari"_s;
+
+TEST(BrowserTable, ListsKeepTheirMembersAndOrder) {
+    const BrowserTable& table = builtInBrowserTable();
+    const QStringList activeTab =
+        u"com.google.Chrome com.microsoft.edgemac com.brave.Browser company.thebrowser.Browser "
+        u"com.vivaldi.Vivaldi com.pushplaylabs.sidekick com.operasoftware.Opera org.blisk.Blisk"_s
+            .split(u' ');
+    EXPECT_EQ(table.scriptTitleBundleIds, QStringList(miId));
+    EXPECT_EQ(table.activeTabBundleIds, activeTab);
+    EXPECT_EQ(table.currentTabBundleIds, QStringList(safariId));
+    EXPECT_EQ(table.browserBundleIds, QStringList(safariId) + activeTab);
+}
 
 class TakeSample : public testing::Test {
 protected:
-    std::optional<CaptureData> sample(const BrowserTable& table = builtInBrowserTable()) {
-        return takeSample(desktop, clock, installed, table);
+    std::optional<CaptureData> sample() {
+        return takeSample(desktop, clock, installed, builtInBrowserTable());
     }
-
-    void showEditor() {
-        desktop.show(editorId, QStringLiteral("Text Editor"), QStringLiteral("notes.txt"));
-    }
-
-    void showTab(const QString& bundleId, const QString& name) {
-        desktop.showTab(bundleId, name, QStringLiteral("News"),
-                        QStringLiteral("https://n.example/"));
-    }
-
-    QStringList scriptsAsked() const {
-        QStringList scripts;
-        for (const BrowserQuery& query : desktop.queries) {
-            scripts.append(query.script);
-        }
-        return scripts;
-    }
-
-    test::FakeDesktop desktop;
-    test::ManualClock clock;
-    QStringList installed{editorId,
-                          chromeId,
-                          miId,
-                          kivoBundleId.toString(),
-                          QStringLiteral("com.apple.Safari"),
-                          QStringLiteral("org.blisk.Blisk")};
+    FakeDesktop desktop;
+    ManualClock clock;
+    QStringList installed{editorId, chromeId, miId, kivoBundleId.toString(), safariId};
 };
 
-TEST_F(TakeSample, OrdinaryApplicationGivesItsWindowTitleAndAnEmptyAddress) {
-    showEditor();
-    EXPECT_EQ(sample(), (CaptureData{0.0, QStringLiteral("Text Editor"), editorId,
-                                     QStringLiteral("notes.txt"), QString(), false, clock.now(),
+TEST_F(TakeSample, WindowTitleOrTheScriptsAnswersWrittenOutByteForByte) {
+    desktop.showEditor();
+    EXPECT_EQ(sample(), (CaptureData{0.0, u"Text Editor"_s, editorId, u"notes.txt"_s, u""_s, false,
+                                     clock.now(), clock.now()}));
+    EXPECT_TRUE(desktop.queries.empty()) << "an ordinary application is not asked";
+    const QString tell =
+        u"    tell application \"%1\"\n        set %2 of the %3 tab of the front window\n"
+        u"    end tell\n    return %4"_s;
+    const auto& asked = desktop.queries;
+    for (const auto& [id, name, word] : {std::tuple{chromeId, u"Google Chrome"_s, u"active"_s},
+                                         std::tuple{safariId, u"Safari"_s, u"current"_s}}) {
+        desktop.queries.clear();
+        desktop.showTab(u"News"_s, u"https://n.example/"_s, id, name);
+        EXPECT_EQ(sample(), (CaptureData{0.0, name, id, u"News"_s, u"https://n.example/"_s, false,
+                                         clock.now(), clock.now()}));
+        ASSERT_EQ(asked.size(), 2u);
+        EXPECT_EQ(asked[0].script, tell.arg(name, u"appTitle to the name", word, u"appTitle"));
+        EXPECT_EQ(asked[1].script, tell.arg(name, u"appURL to the URL", word, u"appURL"));
+        EXPECT_EQ(asked[1].field, BrowserField::Address);
+        EXPECT_EQ(asked[1].bundleId, id);
+    }
+    // An application whose window title is asked by script has no address.
+    desktop.queries.clear();
+    desktop.show(miId, u"mi"_s, u"window"_s);
+    desktop.tabTitle = u"draft.txt"_s;
+    EXPECT_EQ(sample(), (CaptureData{0.0, u"mi"_s, miId, u"draft.txt"_s, u""_s, false, clock.now(),
                                      clock.now()}));
-    EXPECT_TRUE(desktop.queries.empty());
+    EXPECT_EQ(asked.at(0).script,
+              u"    tell application \"mi\"\n        set appTitle to get the name of the front "
+              u"window\n    end tell\n    return appTitle"_s);
 }
 
 TEST_F(TakeSample, RefusedWhenTheDesktopCannotTellOrTheApplicationIsNotTracked) {
     EXPECT_FALSE(sample()) << "nothing in front";
-    showEditor();
-    desktop.windowTitle.reset();
-    EXPECT_FALSE(sample()) << "no titled window";
-    showEditor();
-    desktop.frontmost->bundleId.reset();
-    EXPECT_FALSE(sample()) << "no identifier";
-    showEditor();
-    desktop.frontmost->localizedName.reset();
-    EXPECT_FALSE(sample()) << "no name";
-    desktop.show(kivoBundleId.toString(), QStringLiteral("Kivo"), QStringLiteral("Kivo"));
-    EXPECT_FALSE(sample()) << "Kivo itself";
-    desktop.show(QStringLiteral("org.example.Tool"), QStringLiteral("Tool"), QStringLiteral("t"));
-    EXPECT_FALSE(sample()) << "not installed";
-
-    showTab(chromeId, QStringLiteral("Google Chrome"));
-    desktop.windowTitle.reset();
-    EXPECT_FALSE(sample()) << "a browser without window";
-    EXPECT_TRUE(desktop.queries.empty()) << "is not asked";
-    desktop.windowTitle = QStringLiteral("Google Chrome");
-    desktop.tabTitle.reset();
-    EXPECT_FALSE(sample()) << "title script failed";
-    EXPECT_EQ(desktop.queries.size(), 1u) << "the address is not asked after a failed title";
-    desktop.tabTitle = QStringLiteral("News");
-    desktop.tabAddress.reset();
-    EXPECT_FALSE(sample()) << "address script failed";
-    desktop.show(miId, QStringLiteral("mi"), QStringLiteral("draft"));
+    // Why a browser's sample is refused, and how many questions it was asked before.
+    const std::tuple<const char*, std::size_t, std::function<void()>> refusals[] = {
+        {"no titled window", 0, [this] { desktop.windowTitle.reset(); }},
+        {"no identifier", 0, [this] { desktop.frontmost->bundleId.reset(); }},
+        {"no name", 0, [this] { desktop.frontmost->localizedName.reset(); }},
+        {"Kivo itself", 0, [this] { desktop.show(kivoBundleId.toString(), u"Kivo"_s, u"K"_s); }},
+        {"not installed", 0, [this] { desktop.show(u"org.example.Tool"_s, u"Tool"_s, u"t"_s); }},
+        {"title script failed", 1, [this] { desktop.tabTitle.reset(); }},
+        {"address script failed", 2, [this] { desktop.tabAddress.reset(); }},
+    };
+    for (const auto& [why, questions, spoil] : refusals) {
+        desktop.showTab(u"News"_s, u"https://n.example/"_s);
+        desktop.queries.clear();
+        spoil();
+        EXPECT_FALSE(sample()) << why;
+        EXPECT_EQ(desktop.queries.size(), questions) << why;
+    }
+    desktop.show(miId, u"mi"_s, u"draft"_s);
     desktop.tabTitle.reset();
     EXPECT_FALSE(sample()) << "window title script failed";
 }
 
-TEST_F(TakeSample, BrowsersAnswerWithTheirFrontTabByTheirOwnScripts) {
-    desktop.whileAnswering = [this](const BrowserQuery&) { clock.advance(0.25); };
-    showTab(chromeId, QStringLiteral("Google Chrome"));
-    const auto chrome = sample();
-    ASSERT_TRUE(chrome);
-    EXPECT_EQ(chrome->title, QStringLiteral("News")) << "the tab's title, not the window's";
-    EXPECT_EQ(chrome->url, QStringLiteral("https://n.example/"));
-    EXPECT_EQ(chrome->createdAt, clock.now()) << "dated when the scripts have answered";
-    EXPECT_EQ(chrome->updatedAt, clock.now());
-    const QString chromeName = QStringLiteral("Google Chrome");
-    EXPECT_EQ(scriptsAsked(), QStringList({tabTitleScript(chromeName, TabWord::ActiveTab),
-                                           tabAddressScript(chromeName, TabWord::ActiveTab)}));
-    EXPECT_EQ(desktop.queries[0].field, BrowserField::Title);
-    EXPECT_EQ(desktop.queries[1].field, BrowserField::Address);
-    EXPECT_EQ(desktop.queries[1].bundleId, chromeId);
-    EXPECT_EQ(desktop.queries[1].appName, chromeName);
-
-    desktop.queries.clear();
-    showTab(QStringLiteral("com.apple.Safari"), QStringLiteral("Safari"));
-    ASSERT_TRUE(sample());
-    EXPECT_EQ(scriptsAsked(),
-              QStringList({tabTitleScript(QStringLiteral("Safari"), TabWord::CurrentTab),
-                           tabAddressScript(QStringLiteral("Safari"), TabWord::CurrentTab)}));
-
-    desktop.queries.clear();
-    showTab(QStringLiteral("org.blisk.Blisk"), QStringLiteral("Blisk"));
-    ASSERT_TRUE(sample());
-    EXPECT_EQ(scriptsAsked().at(0), tabTitleScript(QStringLiteral("Blisk"), TabWord::ActiveTab));
-}
-
-TEST_F(TakeSample, ScriptTitleApplicationAndUnlistedBrowserHaveNoAddress) {
-    desktop.show(miId, QStringLiteral("mi"), QStringLiteral("window"));
-    desktop.tabTitle = QStringLiteral("draft.txt");
-    const auto mi = sample();
-    ASSERT_TRUE(mi);
-    EXPECT_EQ(mi->title, QStringLiteral("draft.txt"));
-    EXPECT_EQ(mi->url, QString());
-    EXPECT_EQ(scriptsAsked(), QStringList(windowTitleScript(QStringLiteral("mi"))));
-
-    desktop.queries.clear();
-    BrowserTable table = builtInBrowserTable();
-    table.activeTabBundleIds.removeAll(chromeId);
-    showTab(chromeId, QStringLiteral("Google Chrome"));
-    const auto chrome = sample(table);
-    ASSERT_TRUE(chrome);
-    EXPECT_EQ(chrome->title, QStringLiteral("Google Chrome"));
-    EXPECT_EQ(chrome->url, QString());
-    EXPECT_TRUE(desktop.queries.empty());
-}
-
 }  // namespace
-}  // namespace kivo
+}  // namespace kivo::test

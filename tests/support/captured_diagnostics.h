@@ -7,16 +7,9 @@
 namespace kivo::test {
 
 // Collects the diagnostic lines printed while the object lives, instead of printing them.
-class CapturedDiagnostics {
-public:
-    CapturedDiagnostics() : sink_([this](const QString& line) { lines_.append(line); }) {}
-
-    const QStringList& lines() const { return lines_; }
-    void clear() { lines_.clear(); }
-
-private:
-    QStringList lines_;
-    ScopedDiagnosticSink sink_;
+struct CapturedDiagnostics {
+    QStringList lines;
+    ScopedDiagnosticSink sink{[this](const QString& line) { lines.append(line); }};
 };
 
 }  // namespace kivo::test

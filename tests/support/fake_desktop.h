@@ -1,59 +1,44 @@
 #pragma once
 
-#include <functional>
-#include <map>
 #include <vector>
 
 #include "capture/desktop.h"
 
 namespace kivo::test {
 
-// A desktop that answers what the test has set and remembers the browser questions it was asked.
-class FakeDesktop final : public Desktop {
-public:
-    std::optional<FrontmostApplication> frontmost;
-    std::optional<QString> windowTitle;
-    std::optional<QString> tabTitle;    // a browser's answer to title questions
-    std::optional<QString> tabAddress;  // and to address questions
-    QStringList installedBundleIds;
-    std::map<QString, QString> iconNames;
-    std::vector<BrowserQuery> queries;
-    std::function<void(const BrowserQuery&)> whileAnswering;  // a slow browser, for example
+inline const QString editorId = QStringLiteral("org.gnome.TextEditor");
+inline const QString chromeId = QStringLiteral("com.google.Chrome");
 
-    // Puts an application with a titled window in front.
+// A desktop that answers what the test has set and remembers the browser questions it was asked.
+struct FakeDesktop final : Desktop {
+    std::optional<FrontmostApplication> frontmost;
+    std::optional<QString> windowTitle, tabTitle, tabAddress;  // tab*: a browser's answers
+    std::vector<BrowserQuery> queries;
+
     void show(const QString& bundleId, const QString& name, const QString& title) {
         frontmost = FrontmostApplication{4242, bundleId, name};
         windowTitle = title;
     }
-
-    // Puts a browser in front whose front tab has this title and address.
-    void showTab(const QString& bundleId, const QString& name, const QString& title,
-                 const QString& address) {
+    void showEditor(const QString& title = QStringLiteral("notes.txt")) {
+        show(editorId, QStringLiteral("Text Editor"), title);
+    }
+    // A browser in front whose front tab has this title and address.
+    void showTab(const QString& title, const QString& address, const QString& bundleId = chromeId,
+                 const QString& name = QStringLiteral("Google Chrome")) {
         show(bundleId, name, name);
         tabTitle = title;
         tabAddress = address;
     }
-
     std::optional<FrontmostApplication> frontmostApplication() override { return frontmost; }
-
     std::optional<QString> focusedWindowTitle(const FrontmostApplication&) override {
         return windowTitle;
     }
-
     std::optional<QString> queryBrowser(const BrowserQuery& query) override {
         queries.push_back(query);
-        if (whileAnswering) {
-            whileAnswering(query);
-        }
         return query.field == BrowserField::Title ? tabTitle : tabAddress;
     }
-
-    QStringList installedApplicationBundleIds() override { return installedBundleIds; }
-
-    std::optional<QString> applicationIconName(const QString& bundleId) override {
-        const auto found = iconNames.find(bundleId);
-        return found == iconNames.end() ? std::nullopt : std::optional<QString>(found->second);
-    }
+    QStringList installedApplicationBundleIds() override { return {}; }
+    std::optional<QString> applicationIconName(const QString&) override { return {}; }
 };
 
 }  // namespace kivo::test

@@ -1,0 +1,228 @@
+#include "capture/recorder.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+#include <QSettings>
+#include <limits>
+
+#include "model/local_day.h"
+#include "model/unassigned_entries.h"
+#include "support/captured_diagnostics.h"
+#include "support/fake_desktop.h"
+#include "support/manual_clock.h"
+#include "support/temp_home.h"
+
+namespace kivo::test {
+namespace {
+
+using namespace Qt::StringLiterals;
+
+// A recorder on a fresh store and settings, with a scripted desktop and a clock the test moves.
+class RecorderTest : public testing::Test {
+protected:
+    RecorderTest() { recorder.setInstalledApplications({editorId, chromeId, u"terminal"_s}); }
+
+    void tickAfter(double seconds, int times = 1) {
+        for (int tick = 0; tick < times; ++tick) {
+            clock.advance(seconds);
+            recorder.captureTick();
+        }
+    }
+    // The editor shows `title` for `seconds`, sampled once a second; the first sample opens it.
+    void useEditor(const QString& title, int seconds) {
+        desktop.showEditor(title);
+        tickAfter(1.0, seconds + 1);
+    }
+    // Moves to a terminal for longer than the default gap, so that earlier captures are written.
+    void leaveForLongerThanTheGap() {
+        desktop.show(u"terminal"_s, u"Terminal"_s, u"~"_s);
+        tickAfter(61.0);
+    }
+    std::vector<Activity> activities() { return store->fetch<Activity>(live()); }
+    template <class Total>
+    std::vector<Total> totalsOn(QDate date) {
+        return store->fetch<Total>(liveCreatedWithin(localDay(date)));
+    }
+
+    TempHome home;
+    std::unique_ptr<RecordStore> store = home.openStore();
+    std::unique_ptr<ApplicationSettings> settings = home.openSettings();
+    ManualClock clock;
+    FakeDesktop desktop;
+    Recorder recorder{desktop, *store, *settings, clock};
+    const Filter unassigned = [this] {
+        ensureUnassignedEntries(*store, clock.now());
+        return store->fetch<Filter>(live()).front();
+    }();
+};
+
+TEST_F(RecorderTest, TabInFrontForTenTicksIsWrittenAsNineSecondsOnceUnseenPastTheGap) {
+    const Instant opened = clock.now() + Seconds{1.0};
+    desktop.showTab(u"News"_s, u"https://a.example/"_s);
+    tickAfter(1.0, 10);
+    desktop.tabAddress = u"https://b.example/"_s;  // the same title elsewhere: another capture
+    tickAfter(60.0);
+    EXPECT_EQ(recorder.pendingCaptures().size(), 2u) << "a gap of exactly 60 s keeps it open";
+    tickAfter(1.0);
+    const auto written = activities();
+    ASSERT_EQ(written.size(), 1u);
+    EXPECT_EQ(written[0].duration, 9) << "the first tick only opens it";
+    EXPECT_EQ(written[0].startAt, opened);
+    EXPECT_EQ(written[0].endAt, opened + Seconds{9.0});
+    EXPECT_EQ(written[0].url, u"https://a.example/"_s);
+    EXPECT_EQ(written[0].filterId, unassigned.id);
+}
+
+TEST_F(RecorderTest, LateTickOrReturnCountsInFullUpToOneAndAHalfIntervals) {
+    settings->setTimerInterval(5.0);
+    useEditor(u"notes.txt"_s, 0);
+    // Later than 7.5 s counts one interval; a clock set back adds nothing.
+    const std::pair<double, double> lateAndTotal[] = {{7, 7}, {8, 12}, {7.5, 19.5}, {-100, 19.5}};
+    for (const auto& [late, total] : lateAndTotal) {
+        tickAfter(late);
+        EXPECT_EQ(recorder.pendingCaptures()[0].duration, total) << "late by " << late;
+    }
+    useEditor(u"other.txt"_s, 0);
+    desktop.frontmost.reset();
+    tickAfter(1.0, 120);
+    EXPECT_EQ(recorder.pendingCaptures().size(), 2u) << "nothing ends while nothing is sampled";
+    useEditor(u"notes.txt"_s, 0);
+    ASSERT_EQ(recorder.pendingCaptures().size(), 1u) << "other.txt was unseen past the gap";
+    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 24.5) << "122 s away count 5 s";
+}
+
+TEST_F(RecorderTest, MinimumDurationDecidesWhatIsKept) {
+    // The minimum, written as by hand past the setter's floor (0 reads as the default of 1 s), and
+    // how many activities there are once a capture of 0.9 s has ended.
+    const std::pair<double, std::size_t> cases[] = {{1.0, 0}, {0.0, 0}, {0.5, 1}};
+    for (const auto& [minimum, count] : cases) {
+        QSettings(home.settingsPath(), QSettings::NativeFormat)
+            .setValue(u"minimumDurationToRecord"_s, minimum);
+        useEditor(u"notes.txt"_s, 0);
+        tickAfter(0.9);
+        leaveForLongerThanTheGap();
+        EXPECT_EQ(activities().size(), count) << "minimum " << minimum;
+    }
+    EXPECT_EQ(activities().at(0).duration, 0);
+}
+
+TEST_F(RecorderTest, EveryAcceptingFilterGetsAnActivityAndWithoutUnassignedEntriesTheRestIsLost) {
+    CapturedDiagnostics diagnostics;
+    Filter deleted = unassigned;
+    deleted.isDeleted = true;
+    store->update(deleted);
+    // In order: cuts the title; deleted; the editor's "notes"; needs the cut title and cuts the
+    // address; needs "Work", which the first filter cut away.
+    std::vector<Filter> filters(5, newRecord<Filter>(clock.now()));
+    for (Filter& filter : filters) {
+        filter.id = QUuid::createUuid();
+        filter.projectId = QUuid::createUuid();
+        filter.appBundleId = chromeId;
+    }
+    filters[0].isPreprocessTitleOn = true;
+    filters[0].regexOfPreprocessTitle = u"[^-]+"_s;
+    filters[1].isDeleted = true;
+    filters[2].appBundleId = editorId;
+    filters[2].appName = u"Notes"_s;
+    filters[2].matchExpressionOfTitle = u"notes"_s;
+    filters[3].matchExpressionOfTitle = u"Inbox "_s;
+    filters[3].isPreprocessUrlOn = true;
+    filters[3].regexOfPreprocessUrl = u"^https://[^.]+"_s;
+    filters[4].matchExpressionOfTitle = u"Work"_s;
+    for (const Filter& filter : filters) {
+        store->insert(filter);
+    }
+    desktop.showTab(u"Inbox - Work - Mail"_s, u"https://mail.example.com/u/0"_s);
+    tickAfter(1.0, 6);
+    useEditor(u"notes.txt"_s, 2);
+    useEditor(u"todo.txt"_s, 2);
+    leaveForLongerThanTheGap();
+
+    const auto written = activities();
+    ASSERT_EQ(written.size(), 3u);
+    EXPECT_EQ(written[0].filterId, filters[0].id);
+    EXPECT_EQ(written[0].projectId, filters[0].projectId);
+    EXPECT_EQ(written[0].url, u"https://mail.example.com/u/0"_s);
+    EXPECT_EQ(written[1].filterId, filters[3].id);
+    EXPECT_EQ(written[1].url, u"https://mail"_s);
+    for (const Activity& browsing : {written[0], written[1]}) {
+        EXPECT_EQ(browsing.title, u"Inbox "_s);
+        EXPECT_EQ(browsing.domainName, u"mail.example.com"_s) << "taken before cutting";
+    }
+    EXPECT_EQ(written[2].filterId, filters[2].id);
+    EXPECT_EQ(written[2].appName, u"Notes"_s) << "a filter's activity carries its app name";
+    EXPECT_EQ(diagnostics.lines, QStringList(u"Fatal error: no unassigned project/filter"_s));
+    EXPECT_EQ(recorder.pendingCaptures().size(), 1u) << "the unclaimed capture is gone too";
+}
+
+TEST_F(RecorderTest, DailyTotalsAddUpPerKeyOnTheDayTheCaptureStarted) {
+    ScopedTimeZone tokyo("Asia/Tokyo");
+    const QDate first(2024, 3, 10);
+    clock.set(fromEpochSeconds(QDateTime(first, QTime(23, 59)).toSecsSinceEpoch()));
+    desktop.showTab(u"A"_s, u"https://a.example/1"_s);
+    tickAfter(1.0, 4);
+    desktop.showTab(u"A"_s, u"https://a.example/2"_s);
+    tickAfter(1.0, 61);  // runs past midnight
+    leaveForLongerThanTheGap();
+    useEditor(u"notes.txt"_s, 5);  // starts on the next day
+    leaveForLongerThanTheGap();
+    EXPECT_EQ(totalsOn<TagUsage>(first).at(0).duration, 3 + 60);
+    EXPECT_EQ(totalsOn<AppUsage>(first).at(0).duration, 63);
+    const auto webs = totalsOn<WebUsage>(first);
+    EXPECT_EQ(webs.at(0).domainName, u"a.example"_s);
+    EXPECT_EQ(webs.at(0).duration, 63) << "one total for both addresses";
+    EXPECT_EQ(totalsOn<TagUsage>(first.addDays(1)).at(0).duration, 5);
+}
+
+TEST_F(RecorderTest, DayOfTwentyFiveHoursKeepsItsLastHour) {
+    ScopedTimeZone berlin("Europe/Berlin");
+    const QDate longDay(2023, 10, 29);
+    clock.set(fromEpochSeconds(QDateTime(longDay, QTime(23, 30)).toSecsSinceEpoch()));
+    useEditor(u"notes.txt"_s, 10);
+    leaveForLongerThanTheGap();
+    useEditor(u"notes.txt"_s, 10);
+    leaveForLongerThanTheGap();
+    ASSERT_EQ(totalsOn<TagUsage>(longDay).size(), 1u) << "the 25th hour finds its own total";
+    EXPECT_EQ(totalsOn<TagUsage>(longDay)[0].duration, 20);
+}
+
+TEST_F(RecorderTest, FailedWriteIsRolledBackAndRetriedWithoutLoss) {
+    CapturedDiagnostics diagnostics;
+    SQLite::Database other(home.storePath().toStdString(), SQLite::OPEN_READWRITE);
+    other.exec("CREATE TRIGGER no BEFORE INSERT ON TagUsage BEGIN SELECT RAISE(ABORT, 'x'); END");
+    useEditor(u"notes.txt"_s, 3);
+    leaveForLongerThanTheGap();
+    EXPECT_TRUE(activities().empty()) << "the activity went with the failed total";
+    ASSERT_EQ(diagnostics.lines.size(), 1);
+    EXPECT_TRUE(diagnostics.lines[0].startsWith(u"Could not write"_s));
+
+    other.exec("DROP TRIGGER no");
+    // Retried at every tick until the store takes it; a store may need one more tick to recover.
+    tickAfter(1.0, 2);
+    ASSERT_EQ(activities().size(), 1u);
+    EXPECT_EQ(activities()[0].duration, 3);
+    EXPECT_EQ(totalsOn<TagUsage>(localDateOf(clock.now())).at(0).duration, 3);
+    EXPECT_EQ(recorder.pendingCaptures().size(), 1u);
+}
+
+using RecorderDeathTest = RecorderTest;
+
+TEST_F(RecorderDeathTest, OverflowingTotalOrDurationStopsTheProgram) {
+    auto total = newRecord<TagUsage>(clock.now());
+    total.projectId = unassigned.projectId;
+    total.filterId = unassigned.id;
+    total.duration = std::numeric_limits<std::int64_t>::max() - 2;
+    store->insert(total);
+    useEditor(u"notes.txt"_s, 3);
+    EXPECT_DEATH(leaveForLongerThanTheGap(), "kivo: fatal: a duration sum overflows");
+
+    settings->setTimerInterval(1e30);  // so that a tick 1e19 s late counts in full
+    tickAfter(1e19);
+    desktop.showEditor(u"other.txt"_s);  // seconds are lost at this size: the gap takes as long
+    EXPECT_DEATH(tickAfter(1e19), "kivo: fatal: a duration is not finite or does not fit");
+}
+
+}  // namespace
+}  // namespace kivo::test
