@@ -15,6 +15,21 @@ namespace kivo {
 
 using OptionalText = std::optional<QString>;
 
+// The fields every kind has. Their column order is given by each kind's forEachField.
+struct SharedFields {
+    QUuid id;
+    Instant createdAt{};
+    Instant updatedAt{};
+    bool isDeleted = false;
+    OptionalText extraColumn1;
+    OptionalText extraColumn2;
+    OptionalText extraColumn3;
+    OptionalText extraColumn4;
+    OptionalText extraColumn5;
+
+    friend bool operator==(const SharedFields&, const SharedFields&) = default;
+};
+
 namespace detail {
 template <class Record, class Visitor>
 void visitExtraColumns(Record& record, Visitor&& visit) {
@@ -24,27 +39,24 @@ void visitExtraColumns(Record& record, Visitor&& visit) {
     visit("extraColumn4", record.extraColumn4);
     visit("extraColumn5", record.extraColumn5);
 }
+
+// The closing columns of every kind but Project: dates, deletion flag, extra columns.
+template <class Record, class Visitor>
+void visitClosingFields(Record& record, Visitor&& visit) {
+    visit("createdAt", record.createdAt);
+    visit("updatedAt", record.updatedAt);
+    visit("isDeleted", record.isDeleted);
+    visitExtraColumns(record, visit);
+}
 }  // namespace detail
 
-#define KIVO_EXTRA_COLUMNS     \
-    OptionalText extraColumn1; \
-    OptionalText extraColumn2; \
-    OptionalText extraColumn3; \
-    OptionalText extraColumn4; \
-    OptionalText extraColumn5
-
-struct Project {
+struct Project : SharedFields {
     static constexpr const char* kind = "Project";
     friend bool operator==(const Project&, const Project&) = default;
 
-    QUuid id;
     QString projectName;
     bool isArchived = false;
     bool isNameChangeOnly = false;
-    bool isDeleted = false;
-    Instant createdAt{};
-    Instant updatedAt{};
-    KIVO_EXTRA_COLUMNS;
 
     template <class Self, class Visitor>
     static void forEachField(Self& r, Visitor&& visit) {
@@ -59,11 +71,10 @@ struct Project {
     }
 };
 
-struct Filter {
+struct Filter : SharedFields {
     static constexpr const char* kind = "Filter";
     friend bool operator==(const Filter&, const Filter&) = default;
 
-    QUuid id;
     QUuid projectId;
     QString tagName;
     QString appName;
@@ -79,10 +90,6 @@ struct Filter {
     bool isPreprocessUrlOn = false;
     QString regexOfPreprocessUrl;
     bool isNameChangeOnly = false;
-    Instant createdAt{};
-    Instant updatedAt{};
-    bool isDeleted = false;
-    KIVO_EXTRA_COLUMNS;
 
     template <class Self, class Visitor>
     static void forEachField(Self& r, Visitor&& visit) {
@@ -102,18 +109,14 @@ struct Filter {
         visit("isPreprocessUrlOn", r.isPreprocessUrlOn);
         visit("regexOfPreprocessUrl", r.regexOfPreprocessUrl);
         visit("isNameChangeOnly", r.isNameChangeOnly);
-        visit("createdAt", r.createdAt);
-        visit("updatedAt", r.updatedAt);
-        visit("isDeleted", r.isDeleted);
-        detail::visitExtraColumns(r, visit);
+        detail::visitClosingFields(r, visit);
     }
 };
 
-struct Activity {
+struct Activity : SharedFields {
     static constexpr const char* kind = "Activity";
     friend bool operator==(const Activity&, const Activity&) = default;
 
-    QUuid id;
     QUuid projectId;
     QUuid filterId;
     QString appName;
@@ -124,10 +127,6 @@ struct Activity {
     std::int64_t duration = 0;
     Instant startAt{};
     Instant endAt{};
-    Instant createdAt{};
-    Instant updatedAt{};
-    bool isDeleted = false;
-    KIVO_EXTRA_COLUMNS;
 
     template <class Self, class Visitor>
     static void forEachField(Self& r, Visitor&& visit) {
@@ -142,25 +141,17 @@ struct Activity {
         visit("duration", r.duration);
         visit("startAt", r.startAt);
         visit("endAt", r.endAt);
-        visit("createdAt", r.createdAt);
-        visit("updatedAt", r.updatedAt);
-        visit("isDeleted", r.isDeleted);
-        detail::visitExtraColumns(r, visit);
+        detail::visitClosingFields(r, visit);
     }
 };
 
-struct TagUsage {
+struct TagUsage : SharedFields {
     static constexpr const char* kind = "TagUsage";
     friend bool operator==(const TagUsage&, const TagUsage&) = default;
 
-    QUuid id;
     std::int64_t duration = 0;
     QUuid projectId;
     QUuid filterId;
-    Instant createdAt{};
-    Instant updatedAt{};
-    bool isDeleted = false;
-    KIVO_EXTRA_COLUMNS;
 
     template <class Self, class Visitor>
     static void forEachField(Self& r, Visitor&& visit) {
@@ -168,26 +159,18 @@ struct TagUsage {
         visit("duration", r.duration);
         visit("projectId", r.projectId);
         visit("filterId", r.filterId);
-        visit("createdAt", r.createdAt);
-        visit("updatedAt", r.updatedAt);
-        visit("isDeleted", r.isDeleted);
-        detail::visitExtraColumns(r, visit);
+        detail::visitClosingFields(r, visit);
     }
 };
 
-struct AppUsage {
+struct AppUsage : SharedFields {
     static constexpr const char* kind = "AppUsage";
     friend bool operator==(const AppUsage&, const AppUsage&) = default;
 
-    QUuid id;
     std::int64_t duration = 0;
     QUuid filterId;
     QString appName;
     QString appBundleId;
-    Instant createdAt{};
-    Instant updatedAt{};
-    bool isDeleted = false;
-    KIVO_EXTRA_COLUMNS;
 
     template <class Self, class Visitor>
     static void forEachField(Self& r, Visitor&& visit) {
@@ -196,25 +179,17 @@ struct AppUsage {
         visit("filterId", r.filterId);
         visit("appName", r.appName);
         visit("appBundleId", r.appBundleId);
-        visit("createdAt", r.createdAt);
-        visit("updatedAt", r.updatedAt);
-        visit("isDeleted", r.isDeleted);
-        detail::visitExtraColumns(r, visit);
+        detail::visitClosingFields(r, visit);
     }
 };
 
-struct WebUsage {
+struct WebUsage : SharedFields {
     static constexpr const char* kind = "WebUsage";
     friend bool operator==(const WebUsage&, const WebUsage&) = default;
 
-    QUuid id;
     std::int64_t duration = 0;
     QUuid filterId;
     QString domainName;
-    Instant createdAt{};
-    Instant updatedAt{};
-    bool isDeleted = false;
-    KIVO_EXTRA_COLUMNS;
 
     template <class Self, class Visitor>
     static void forEachField(Self& r, Visitor&& visit) {
@@ -222,14 +197,9 @@ struct WebUsage {
         visit("duration", r.duration);
         visit("filterId", r.filterId);
         visit("domainName", r.domainName);
-        visit("createdAt", r.createdAt);
-        visit("updatedAt", r.updatedAt);
-        visit("isDeleted", r.isDeleted);
-        detail::visitExtraColumns(r, visit);
+        detail::visitClosingFields(r, visit);
     }
 };
-
-#undef KIVO_EXTRA_COLUMNS
 
 // A record as it is created: every identifier a fresh random UUID, both dates `now`, text empty,
 // numbers 0, flags false, extra columns absent. Callers then set the fields they are given.
