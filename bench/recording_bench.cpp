@@ -29,7 +29,7 @@ void tickWithoutClosing(benchmark::State& state) {
     test::ManualClock clock;
     test::FakeDesktop desktop;
     desktop.show(trackerId, QStringLiteral("Tracker"), QStringLiteral("Issue #0 - Tracker"));
-    Recorder recorder(desktop, *home.store, *home.settings, clock);
+    Recorder recorder(desktop.focus, desktop.tabs, *home.store, *home.settings, clock);
     recorder.setInstalledApplications({QStringLiteral("org.gnome.Terminal"), trackerId});
     for (auto _ : state) {
         clock.advance(1.0);

@@ -224,7 +224,8 @@ template <class Compute>
 void usageReport(benchmark::State& state, Compute compute) {
     auto& f = fixture();
     for (auto _ : state) {
-        const auto report = compute(*f.store, f.tree, rangeStart(state.range(0)), lastDay);
+        const auto report =
+            compute(*f.store, f.tree.reportSelection(), rangeStart(state.range(0)), lastDay);
         benchmark::DoNotOptimize(report.durationTotal);
     }
 }
@@ -236,8 +237,8 @@ BENCHMARK_CAPTURE(usageReport, projects, computeProjectReport)->Apply(applyRange
 void productivityChart(benchmark::State& state) {
     auto& f = fixture();
     for (auto _ : state) {
-        const auto bars =
-            productivityBars(*f.store, f.tree, lastDay, static_cast<int>(state.range(0)));
+        const auto bars = productivityBars(*f.store, f.tree.reportSelection(), lastDay,
+                                           static_cast<int>(state.range(0)));
         benchmark::DoNotOptimize(bars.back().annotation);
     }
 }
@@ -246,8 +247,8 @@ BENCHMARK(productivityChart)->ArgName("days")->Arg(7)->Arg(30)->Unit(benchmark::
 void projectChart(benchmark::State& state) {
     auto& f = fixture();
     for (auto _ : state) {
-        const auto chart =
-            computeProjectBarChart(*f.store, f.tree, lastDay, static_cast<int>(state.range(0)));
+        const auto chart = computeProjectBarChart(*f.store, f.tree.reportSelection(), lastDay,
+                                                  static_cast<int>(state.range(0)));
         benchmark::DoNotOptimize(chart.durationPeriodMaxHour);
     }
 }

@@ -9,10 +9,10 @@
 #include <cstdio>
 #include <memory>
 
+#include "desktop/x11/x11_desktop.h"
+#include "desktop/xdg/application_resolver.h"
 #include "e2e/fake_window_manager.h"
 #include "e2e/xvfb_server.h"
-#include "ui/platform/application_resolver.h"
-#include "ui/platform/x11_desktop.h"
 
 namespace kivo {
 namespace {
@@ -23,6 +23,7 @@ struct Session {
     test::XvfbServer server;
     test::FakeWindowManager manager{server.displayName()};
     xcb_window_t window = XCB_WINDOW_NONE;
+    XdgApplicationCatalog catalog{XdgEnvironment::fromProcess()};
     std::unique_ptr<X11Desktop> desktop;
 
     Session() {
@@ -32,13 +33,11 @@ struct Session {
         manager.setText(window, "WM_CLASS", "STRING", QByteArrayView("xterm\0XTerm\0", 12));
         manager.setText(window, "_NET_WM_NAME", "UTF8_STRING", "bash — ~/src/kivo");
         manager.setActiveWindow(window);
+        catalog.rescan();
         QString failure;
-        desktop = X11Desktop::connect(
-            {server.displayName(), XdgEnvironment::fromProcess(), QStringLiteral("/proc")},
-            failure);
-        if (desktop) {
-            desktop->installedApplicationBundleIds();
-        } else {
+        desktop =
+            X11Desktop::connect({server.displayName(), &catalog, QStringLiteral("/proc")}, failure);
+        if (!desktop) {
             std::fprintf(stderr, "no X11 desktop: %s\n", qUtf8Printable(failure));
         }
     }
@@ -52,15 +51,13 @@ Session& session() {
 }
 
 void sampleOnce(benchmark::State& state) {
-    Desktop* desktop = session().desktop.get();
+    X11Desktop* desktop = session().desktop.get();
     if (desktop == nullptr) {
         state.SkipWithError("no X11 desktop");
         return;
     }
     for (auto _ : state) {
-        auto application = desktop->frontmostApplication();
-        auto title = application ? desktop->focusedWindowTitle(*application) : std::nullopt;
-        benchmark::DoNotOptimize(title);
+        benchmark::DoNotOptimize(desktop->focusedWindow());
     }
 }
 

@@ -8,9 +8,13 @@
 
 namespace kivo {
 
-Recorder::Recorder(Desktop& desktop, RecordStore& store, const ApplicationSettings& settings,
-                   const Clock& clock)
-    : desktop_(desktop), store_(store), settings_(settings), clock_(clock) {}
+Recorder::Recorder(FocusedWindowSource& desktop, BrowserTabs& browserTabs, RecordStore& store,
+                   const ApplicationSettings& settings, const Clock& clock)
+    : desktop_(desktop),
+      browserTabs_(browserTabs),
+      store_(store),
+      settings_(settings),
+      clock_(clock) {}
 
 void Recorder::setInstalledApplications(QStringList bundleIds) {
     installedBundleIds_ = std::move(bundleIds);
@@ -24,8 +28,8 @@ void Recorder::captureTick() {
 }
 
 void Recorder::captureStep() {
-    if (const auto sample =
-            takeSample(desktop_, clock_, installedBundleIds_, builtInBrowserTable())) {
+    if (const auto sample = takeSample(desktop_, browserTabs_, clock_, installedBundleIds_,
+                                       builtInBrowserTable())) {
         mergeSample(pending_, *sample, settings_);
     }
 }

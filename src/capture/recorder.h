@@ -3,7 +3,8 @@
 #include <QStringList>
 #include <vector>
 
-#include "capture/desktop.h"
+#include "capture/browser_tabs.h"
+#include "capture/focused_window.h"
 #include "model/application_settings.h"
 #include "model/capture_data.h"
 #include "model/instant.h"
@@ -16,8 +17,8 @@ namespace kivo {
 // store fails, the transaction is rolled back and the ended captures wait for the next tick.
 class Recorder {
 public:
-    Recorder(Desktop& desktop, RecordStore& store, const ApplicationSettings& settings,
-             const Clock& clock);
+    Recorder(FocusedWindowSource& desktop, BrowserTabs& browserTabs, RecordStore& store,
+             const ApplicationSettings& settings, const Clock& clock);
 
     // Only these applications are sampled; the list is replaced as a whole.
     void setInstalledApplications(QStringList bundleIds);
@@ -31,7 +32,8 @@ private:
     void captureStep();
     bool writeEndedCaptures();
 
-    Desktop& desktop_;
+    FocusedWindowSource& desktop_;
+    BrowserTabs& browserTabs_;
     RecordStore& store_;
     const ApplicationSettings& settings_;
     const Clock& clock_;

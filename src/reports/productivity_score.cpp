@@ -8,17 +8,17 @@
 #include "reports/percentage.h"
 #include "reports/productivity.h"
 #include "tree/duration_label.h"
-#include "tree/project_tree_view_model.h"
+#include "tree/report_selection.h"
 
 namespace kivo {
 
-ProductivityInputs productivityInputs(RecordStore& store, const ProjectTreeViewModel& treeModel) {
+ProductivityInputs productivityInputs(RecordStore& store, const ReportSelection& selection) {
     ProductivityInputs inputs;
     for (const auto& filter : store.fetch<Filter>()) {
         inputs.ratingByFilter.insert(filter.id, filter.rating);
     }
-    for (const auto& project : treeModel.projects()) {
-        if (project.isToggled && (treeModel.isShowArchivedProject() || !project.isArchived)) {
+    for (const auto& project : selection.projects) {
+        if (project.isToggled && (selection.isShowArchivedProject || !project.isArchived)) {
             inputs.countedProjects.insert(project.id);
         }
     }
@@ -46,18 +46,17 @@ DayProductivity dayProductivity(RecordStore& store, const ProductivityInputs& in
 }
 
 void refreshProductivity(Productivity& productivity, RecordStore& store,
-                         const ProjectTreeViewModel& treeModel, QDate today) {
+                         const ReportSelection& selection, QDate today) {
     const DayProductivity result =
-        dayProductivity(store, productivityInputs(store, treeModel), today);
+        dayProductivity(store, productivityInputs(store, selection), today);
     productivity.setValue(result.score);
     productivity.setDurationToday(formatDurationLabel(result.duration));
 }
 
-std::vector<BarChartData> productivityBars(RecordStore& store,
-                                           const ProjectTreeViewModel& treeModel, QDate today,
-                                           int daysAgo) {
+std::vector<BarChartData> productivityBars(RecordStore& store, const ReportSelection& selection,
+                                           QDate today, int daysAgo) {
     const auto days = chartDays(today, daysAgo);
-    const ProductivityInputs inputs = productivityInputs(store, treeModel);
+    const ProductivityInputs inputs = productivityInputs(store, selection);
     std::vector<BarChartData> bars;
     bars.reserve(days.size());
     for (const QDate day : days) {

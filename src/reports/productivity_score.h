@@ -12,7 +12,7 @@
 namespace kivo {
 
 class Productivity;
-class ProjectTreeViewModel;
+struct ReportSelection;
 class RecordStore;
 
 // What a day's productivity is computed from: every filter's rating, deleted filters included,
@@ -23,7 +23,7 @@ struct ProductivityInputs {
     QSet<QUuid> countedProjects;
 };
 
-ProductivityInputs productivityInputs(RecordStore& store, const ProjectTreeViewModel& treeModel);
+ProductivityInputs productivityInputs(RecordStore& store, const ReportSelection& selection);
 
 struct DayProductivity {
     // The rating-weighted share of the counted time, truncated; 0 when nothing was counted.
@@ -36,12 +36,11 @@ DayProductivity dayProductivity(RecordStore& store, const ProductivityInputs& in
 
 // Sets today's score, then today's duration text.
 void refreshProductivity(Productivity& productivity, RecordStore& store,
-                         const ProjectTreeViewModel& treeModel, QDate today);
+                         const ReportSelection& selection, QDate today);
 
 // One bar per day of the `daysAgo` days ending with `today`, oldest first: the label, the score as
 // `value` and as `annotation`.
-std::vector<BarChartData> productivityBars(RecordStore& store,
-                                           const ProjectTreeViewModel& treeModel, QDate today,
-                                           int daysAgo);
+std::vector<BarChartData> productivityBars(RecordStore& store, const ReportSelection& selection,
+                                           QDate today, int daysAgo);
 
 }  // namespace kivo

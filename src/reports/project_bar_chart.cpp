@@ -7,7 +7,7 @@
 #include "model/local_day.h"
 #include "model/record_store.h"
 #include "reports/chart_days.h"
-#include "tree/project_tree_view_model.h"
+#include "tree/report_selection.h"
 
 namespace kivo {
 
@@ -24,9 +24,9 @@ QHash<QUuid, std::int64_t> durationByFilterOn(RecordStore& store, QDate day) {
 
 }  // namespace
 
-ProjectBarChart computeProjectBarChart(RecordStore& store, const ProjectTreeViewModel& treeModel,
+ProjectBarChart computeProjectBarChart(RecordStore& store, const ReportSelection& selection,
                                        QDate today, int daysAgo) {
-    const auto& enabled = treeModel.enableFilters();
+    const auto& enabled = selection.enableFilters;
     const QSet<QUuid> counted(enabled.begin(), enabled.end());
     ProjectBarChart chart;
     std::int64_t periodMaximum = 0;
@@ -35,8 +35,8 @@ ProjectBarChart computeProjectBarChart(RecordStore& store, const ProjectTreeView
         const auto durationByFilter = durationByFilterOn(store, day);
         std::int64_t dayTotal = 0;
         bool hasSegment = false;
-        for (const auto& project : treeModel.projects()) {
-            if (!treeModel.isShowArchivedProject() && project.isArchived) {
+        for (const auto& project : selection.projects) {
+            if (!selection.isShowArchivedProject && project.isArchived) {
                 continue;
             }
             std::int64_t projectSum = 0;

@@ -10,7 +10,7 @@
 
 namespace kivo {
 
-class ProjectTreeViewModel;
+struct ReportSelection;
 class RecordStore;
 
 // Stacked daily bars of the counted projects' hours.
@@ -25,7 +25,7 @@ struct ProjectBarChart {
 };
 
 // Only filters that are toggled and counted by the tree (`enableFilters`) add time.
-ProjectBarChart computeProjectBarChart(RecordStore& store, const ProjectTreeViewModel& treeModel,
+ProjectBarChart computeProjectBarChart(RecordStore& store, const ReportSelection& selection,
                                        QDate today, int daysAgo);
 
 }  // namespace kivo

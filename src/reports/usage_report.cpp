@@ -9,7 +9,7 @@
 #include "model/local_day.h"
 #include "model/record_store.h"
 #include "reports/percentage.h"
-#include "tree/project_tree_view_model.h"
+#include "tree/report_selection.h"
 
 namespace kivo {
 
@@ -36,10 +36,9 @@ void sortLargestFirst(std::vector<Row>& rows) {
 // The steps every report shares. `keyOf` gives a record's group, `rowOf` the first row of a
 // group, `miscRow` the chart's pool of small groups.
 template <class Record, class Row, class KeyOf, class RowOf, class MiscRow>
-UsageReport<Row> computeReport(RecordStore& store, const ProjectTreeViewModel& treeModel,
-                               QDate minDate, QDate maxDate, KeyOf keyOf, RowOf rowOf,
-                               MiscRow miscRow) {
-    const auto& enabled = treeModel.enableFilters();
+UsageReport<Row> computeReport(RecordStore& store, const ReportSelection& selection, QDate minDate,
+                               QDate maxDate, KeyOf keyOf, RowOf rowOf, MiscRow miscRow) {
+    const auto& enabled = selection.enableFilters;
     const QSet<QUuid> counted(enabled.begin(), enabled.end());
 
     std::vector<Row> rows;
@@ -89,10 +88,10 @@ QString misc() {
 }  // namespace
 
 UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
-                                                     const ProjectTreeViewModel& treeModel,
+                                                     const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate) {
     return computeReport<AppUsage, AppDisplayItem>(
-        store, treeModel, minDate, maxDate, [](const AppUsage& usage) { return usage.appBundleId; },
+        store, selection, minDate, maxDate, [](const AppUsage& usage) { return usage.appBundleId; },
         [](const AppUsage& usage) {
             return AppDisplayItem{QUuid::createUuid(), usage.duration, usage.appName,
                                   usage.appBundleId, usage.filterId};
@@ -104,10 +103,10 @@ UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
 }
 
 UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
-                                                 const ProjectTreeViewModel& treeModel,
-                                                 QDate minDate, QDate maxDate) {
+                                                 const ReportSelection& selection, QDate minDate,
+                                                 QDate maxDate) {
     return computeReport<WebUsage, WebDisplayItem>(
-        store, treeModel, minDate, maxDate, [](const WebUsage& usage) { return usage.domainName; },
+        store, selection, minDate, maxDate, [](const WebUsage& usage) { return usage.domainName; },
         [](const WebUsage& usage) {
             return WebDisplayItem{QUuid::createUuid(), usage.domainName, usage.duration};
         },
@@ -117,16 +116,16 @@ UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
 }
 
 UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
-                                                const ProjectTreeViewModel& treeModel,
-                                                QDate minDate, QDate maxDate) {
+                                                const ReportSelection& selection, QDate minDate,
+                                                QDate maxDate) {
     return computeReport<TagUsage, TagDisplayItem>(
-        store, treeModel, minDate, maxDate, [](const TagUsage& usage) { return usage.filterId; },
-        [&treeModel](const TagUsage& usage) {
+        store, selection, minDate, maxDate, [](const TagUsage& usage) { return usage.filterId; },
+        [&selection](const TagUsage& usage) {
             return TagDisplayItem{
                 QUuid::createUuid(), usage.duration,
-                requiredName(treeModel.projectNames(), usage.projectId,
+                requiredName(selection.projectNames, usage.projectId,
                              "a counted tag usage names a project that the tree does not hold"),
-                requiredName(treeModel.tagNames(), usage.filterId,
+                requiredName(selection.tagNames, usage.filterId,
                              "a counted tag usage names a tag that the tree does not hold"),
                 usage.filterId};
         },
@@ -137,14 +136,14 @@ UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
 }
 
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
-                                                     const ProjectTreeViewModel& treeModel,
+                                                     const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate) {
     return computeReport<TagUsage, ProjectDisplayItem>(
-        store, treeModel, minDate, maxDate, [](const TagUsage& usage) { return usage.projectId; },
-        [&treeModel](const TagUsage& usage) {
+        store, selection, minDate, maxDate, [](const TagUsage& usage) { return usage.projectId; },
+        [&selection](const TagUsage& usage) {
             return ProjectDisplayItem{
                 QUuid::createUuid(), usage.duration,
-                requiredName(treeModel.projectNames(), usage.projectId,
+                requiredName(selection.projectNames, usage.projectId,
                              "a counted tag usage names a project that the tree does not hold"),
                 usage.projectId};
         },

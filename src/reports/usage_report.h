@@ -8,7 +8,7 @@
 
 namespace kivo {
 
-class ProjectTreeViewModel;
+struct ReportSelection;
 class RecordStore;
 
 // What one report view shows for a range of days. The table lists every group with time; the
@@ -26,18 +26,18 @@ struct UsageReport {
 // Only records of the filters the tree counts (`enableFilters`) take part. The first record of a
 // group, in the store's order, names it.
 UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
-                                                     const ProjectTreeViewModel& treeModel,
+                                                     const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate);
 UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
-                                                 const ProjectTreeViewModel& treeModel,
-                                                 QDate minDate, QDate maxDate);
+                                                 const ReportSelection& selection, QDate minDate,
+                                                 QDate maxDate);
 // Projects and tags are named by the tree; a counted record whose project or filter the tree
 // cannot name stops the program.
 UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
-                                                const ProjectTreeViewModel& treeModel,
-                                                QDate minDate, QDate maxDate);
+                                                const ReportSelection& selection, QDate minDate,
+                                                QDate maxDate);
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
-                                                     const ProjectTreeViewModel& treeModel,
+                                                     const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate);
 
 }  // namespace kivo

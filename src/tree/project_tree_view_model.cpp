@@ -193,4 +193,8 @@ void ProjectTreeViewModel::moveFilters(const QUuid& projectId,
     saveTree();
 }
 
+ReportSelection ProjectTreeViewModel::reportSelection() const {
+    return {enableFilters_, tagNames_, projectNames_, projects_, isShowArchivedProject_};
+}
+
 }  // namespace kivo

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "model/instant.h"
+#include "tree/report_selection.h"
 #include "tree/tree_items.h"
 
 namespace kivo {
@@ -37,6 +38,8 @@ public:
     // The counted filters, in tree order.
     const std::vector<QUuid>& enableFilters() const { return enableFilters_; }
     bool isShowArchivedProject() const { return isShowArchivedProject_; }
+    // What the reports count, taken as it stands now.
+    ReportSelection reportSelection() const;
 
     // The editors add and change nodes by id and hand the whole list back.
     void setProjects(std::vector<ProjectTreeItem> projects);

@@ -51,7 +51,7 @@ protected:
     std::unique_ptr<ApplicationSettings> settings = home.openSettings();
     ManualClock clock;
     FakeDesktop desktop;
-    Recorder recorder{desktop, *store, *settings, clock};
+    Recorder recorder{desktop.focus, desktop.tabs, *store, *settings, clock};
     const Filter unassigned = [this] {
         ensureUnassignedEntries(*store, clock.now());
         return store->fetch<Filter>(live()).front();
@@ -62,7 +62,8 @@ TEST_F(RecorderTest, TabInFrontForTenTicksIsWrittenAsNineSecondsOnceUnseenPastTh
     const Instant opened = clock.now() + Seconds{1.0};
     desktop.showTab(u"News"_s, u"https://a.example/"_s);
     tickAfter(1.0, 10);
-    desktop.tabAddress = u"https://b.example/"_s;  // the same title elsewhere: another capture
+    desktop.showTab(u"News"_s,
+                    u"https://b.example/"_s);  // the same title elsewhere: another capture
     tickAfter(60.0);
     EXPECT_EQ(recorder.pendingCaptures().size(), 2u) << "a gap of exactly 60 s keeps it open";
     tickAfter(1.0);
@@ -85,7 +86,7 @@ TEST_F(RecorderTest, LateTickOrReturnCountsInFullUpToOneAndAHalfIntervals) {
         EXPECT_EQ(recorder.pendingCaptures()[0].duration, total) << "late by " << late;
     }
     useEditor(u"other.txt"_s, 0);
-    desktop.frontmost.reset();
+    desktop.focus.window.reset();
     tickAfter(1.0, 120);
     EXPECT_EQ(recorder.pendingCaptures().size(), 2u) << "nothing ends while nothing is sampled";
     useEditor(u"notes.txt"_s, 0);

@@ -1,4 +1,4 @@
-#include "ui/platform/x11_desktop.h"
+#include "desktop/x11/x11_desktop.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -6,9 +6,9 @@
 #include <QTemporaryDir>
 #include <memory>
 
+#include "desktop/xdg/desktop_fixtures.h"
 #include "e2e/fake_window_manager.h"
 #include "e2e/xvfb_server.h"
-#include "ui/platform/desktop_fixtures.h"
 
 namespace kivo {
 namespace {
@@ -30,15 +30,11 @@ protected:
             test::applicationEntry("XTerm",
                                    "Name[de]=X-Terminal\nStartupWMClass=XTerm\n"
                                    "Icon=mini.xterm\n"));
+        catalog_.rescan();
         QString failure;
         desktop_ = X11Desktop::connect(
-            {server_->displayName(),
-             {QString(), root_.filePath(QStringLiteral("data")),
-              root_.filePath(QStringLiteral("no-system-data")), QStringLiteral("de_DE.UTF-8")},
-             root_.filePath(QStringLiteral("proc"))},
-            failure);
+            {server_->displayName(), &catalog_, root_.filePath(QStringLiteral("proc"))}, failure);
         ASSERT_NE(desktop_, nullptr) << failure.toStdString();
-        desktop_->installedApplicationBundleIds();
     }
 
     // A window as xterm makes it (its process and class, no title), made the active one.
@@ -51,42 +47,46 @@ protected:
     }
 
     std::optional<QString> sampledTitle() {
-        const auto application = desktop_->frontmostApplication();
-        return application ? desktop_->focusedWindowTitle(*application) : std::nullopt;
+        const auto window = desktop_->focusedWindow();
+        return window ? std::optional(window->title) : std::nullopt;
     }
 
     QTemporaryDir root_;
+    XdgApplicationCatalog catalog_{{QString(), root_.filePath(QStringLiteral("data")),
+                                    root_.filePath(QStringLiteral("no-system-data")),
+                                    QStringLiteral("de_DE.UTF-8")}};
     std::unique_ptr<XvfbServer> server_ = std::make_unique<XvfbServer>();
     std::unique_ptr<FakeWindowManager> manager_;
     std::unique_ptr<X11Desktop> desktop_;
 };
 
-TEST_F(X11DesktopTest, NoActiveWindowOrOwnWindowMeansNoSample) {
-    EXPECT_FALSE(desktop_->frontmostApplication());
+TEST_F(X11DesktopTest, NoActiveWindowOwnWindowOrUntitledWindowMeansNoSample) {
+    EXPECT_FALSE(desktop_->focusedWindow());
     manager_->setActiveWindow(XCB_WINDOW_NONE);
-    EXPECT_FALSE(desktop_->frontmostApplication());
+    EXPECT_FALSE(desktop_->focusedWindow());
     manager_->setActiveWindow(0x00abcdef);  // a window that does not exist (any more)
-    EXPECT_FALSE(desktop_->frontmostApplication());
-    xtermWindow(static_cast<std::uint32_t>(::getpid()));
-    EXPECT_FALSE(desktop_->frontmostApplication());
+    EXPECT_FALSE(desktop_->focusedWindow());
+    const auto own = xtermWindow(static_cast<std::uint32_t>(::getpid()));
+    manager_->setText(own, "WM_NAME", "STRING", "Kivo");
+    EXPECT_FALSE(desktop_->focusedWindow());
 
-    xtermWindow();
-    ASSERT_TRUE(desktop_->frontmostApplication());
-    EXPECT_FALSE(sampledTitle()) << "a window without a title has none";
+    const auto window = xtermWindow();
+    EXPECT_FALSE(desktop_->focusedWindow()) << "a window without a title";
+    manager_->setText(window, "WM_CLASS", "STRING", QByteArrayView("tool\0Tool\0", 10));
+    manager_->setText(window, "WM_NAME", "STRING", "t");
+    EXPECT_FALSE(desktop_->focusedWindow()) << "an application without a desktop entry";
 }
 
 TEST_F(X11DesktopTest, ReportsTheApplicationAndTheTitleInEachEncodingUntilTheServerIsLost) {
     const auto window = xtermWindow();
     manager_->setText(window, "WM_NAME", "STRING", "Caf\xe9");
-    auto application = desktop_->frontmostApplication();
-    ASSERT_TRUE(application);
-    EXPECT_EQ(application->processId, xtermPid);
-    EXPECT_EQ(application->bundleId, QStringLiteral("debian-xterm"));
-    EXPECT_EQ(application->localizedName, QStringLiteral("X-Terminal"));
-    EXPECT_EQ(desktop_->applicationIconName(*application->bundleId), QStringLiteral("mini.xterm"));
-    EXPECT_EQ(desktop_->focusedWindowTitle(*application), QStringLiteral("Café"));
-    application->processId += 1;
-    EXPECT_FALSE(desktop_->focusedWindowTitle(*application)) << "the title of another process";
+    const auto focused = desktop_->focusedWindow();
+    ASSERT_TRUE(focused);
+    EXPECT_EQ(focused->processId, xtermPid);
+    EXPECT_EQ(focused->bundleId, QStringLiteral("debian-xterm"));
+    EXPECT_EQ(focused->name, QStringLiteral("X-Terminal"));
+    EXPECT_EQ(focused->title, QStringLiteral("Café"));
+    EXPECT_EQ(catalog_.iconName(focused->bundleId), QStringLiteral("mini.xterm"));
 
     // JIS X 0208 in the right half, announced by its escape sequence.
     manager_->setText(window, "WM_NAME", "COMPOUND_TEXT", "A\xe9 \x1b$)B\xc6\xfc\xcb\xdc");
@@ -100,7 +100,7 @@ TEST_F(X11DesktopTest, ReportsTheApplicationAndTheTitleInEachEncodingUntilTheSer
     manager_.reset();
     server_.reset();
     for (int tick = 0; tick < 3; ++tick) {
-        EXPECT_FALSE(desktop_->frontmostApplication());
+        EXPECT_FALSE(desktop_->focusedWindow());
     }
     server_ = std::make_unique<XvfbServer>(display);
     ASSERT_TRUE(server_->isReady());

@@ -13,7 +13,7 @@ namespace {
 using test::localMoment;
 
 DayProductivity on(test::TreeHarness& h, QDate day) {
-    return dayProductivity(*h.store, productivityInputs(*h.store, h.tree), day);
+    return dayProductivity(*h.store, productivityInputs(*h.store, h.tree.reportSelection()), day);
 }
 
 TEST(Productivity, WeighsTheTimeOfCountedProjectsByRating) {
@@ -42,7 +42,8 @@ TEST(Productivity, WeighsTheTimeOfCountedProjectsByRating) {
 // Day, project, value in seconds and annotation (the day's total, on its last segment).
 QStringList segments(test::TreeHarness& h, int days) {
     QStringList shown;
-    for (const auto& bar : computeProjectBarChart(*h.store, h.tree, h.today, days).dataSet) {
+    for (const auto& bar :
+         computeProjectBarChart(*h.store, h.tree.reportSelection(), h.today, days).dataSet) {
         shown << u"%1 %2 %3 %4"_qs.arg(bar.name, bar.projectName)
                      .arg(qRound64(bar.value * 3600))
                      .arg(bar.annotation);
@@ -62,14 +63,16 @@ TEST(DayBars, FollowTheLocalDaysAcrossTheClockChange) {
     EXPECT_EQ(segments(h, 3),
               (QStringList{u"10/31 Work 0 0"_qs, u"10/31 Home 0 0"_qs, u"11/1 Work 5399 0"_qs,
                            u"11/1 Home 1800 7199"_qs, u"11/2 Work 7 0"_qs, u"11/2 Home 0 7"_qs}));
-    EXPECT_EQ(computeProjectBarChart(*h.store, h.tree, h.today, 3).durationPeriodMaxHour, 1);
+    EXPECT_EQ(computeProjectBarChart(*h.store, h.tree.reportSelection(), h.today, 3)
+                  .durationPeriodMaxHour,
+              1);
     QStringList scores;  // day, score as annotation and as value
-    for (const auto& bar : productivityBars(*h.store, h.tree, h.today, 3)) {
+    for (const auto& bar : productivityBars(*h.store, h.tree.reportSelection(), h.today, 3)) {
         scores << u"%1 %2 %3"_qs.arg(bar.name).arg(bar.annotation).arg(bar.value);
     }
     EXPECT_EQ(scores, (QStringList{u"10/31 0 0"_qs, u"11/1 37 37"_qs, u"11/2 100 100"_qs}));
-    EXPECT_TRUE(productivityBars(*h.store, h.tree, h.today, 0).empty());
-    EXPECT_DEATH(productivityBars(*h.store, h.tree, h.today, -1), "negative");
+    EXPECT_TRUE(productivityBars(*h.store, h.tree.reportSelection(), h.today, 0).empty());
+    EXPECT_DEATH(productivityBars(*h.store, h.tree.reportSelection(), h.today, -1), "negative");
 }
 
 // A group is pooled into "Misc." at 3 percent or less; a pool of at most 0.05 percent is dropped.
@@ -90,7 +93,8 @@ TEST(UsageReportChart, PoolsSmallGroupsAndDropsATinyPool) {
                                test::localMoment(h.today, 9));
         }
         h.buildTree();
-        const auto report = computeApplicationReport(*h.store, h.tree, h.today, h.today);
+        const auto report =
+            computeApplicationReport(*h.store, h.tree.reportSelection(), h.today, h.today);
         QStringList shown;
         for (const auto& row : report.chartDataSet) {
             shown << u"%1 %2"_qs.arg(row.appName).arg(row.duration);
@@ -113,17 +117,23 @@ TEST(UsageReports, CountOnlyTheSelectedFilters) {
     h.records.webUsage(s.mail, u"example.org"_qs, 30, morning);
     h.records.webUsage(s.code, u"example.org"_qs, 12, morning);
     h.buildTree();
-    const auto apps = computeApplicationReport(*h.store, h.tree, h.today, h.today).tableDataSet;
+    const auto apps =
+        computeApplicationReport(*h.store, h.tree.reportSelection(), h.today, h.today).tableDataSet;
     ASSERT_EQ(apps.size(), 1u);
     EXPECT_EQ(std::tuple(apps[0].appName, apps[0].filterId, apps[0].duration),
               std::tuple(u"Editor"_qs, s.code.id, std::int64_t{25}));
 
     h.tree.applySelection({s.mail.id, s.cook.id});
-    const auto tags = computeFilterReport(*h.store, h.tree, h.today, h.today).tableDataSet;
+    const auto tags =
+        computeFilterReport(*h.store, h.tree.reportSelection(), h.today, h.today).tableDataSet;
     ASSERT_EQ(tags.size(), 2u);
     EXPECT_EQ(tags[0].tagName + tags[0].projectName + tags[1].projectName, u"MailWorkHome");
-    EXPECT_EQ(computeProjectReport(*h.store, h.tree, h.today, h.today).durationTotal, 37);
-    EXPECT_EQ(computeWebsiteReport(*h.store, h.tree, h.today, h.today).durationTotal, 30);
+    EXPECT_EQ(
+        computeProjectReport(*h.store, h.tree.reportSelection(), h.today, h.today).durationTotal,
+        37);
+    EXPECT_EQ(
+        computeWebsiteReport(*h.store, h.tree.reportSelection(), h.today, h.today).durationTotal,
+        30);
 }
 
 TEST(PercentageText, TruncatesAndShowsSmallSharesAsBelowOne) {

@@ -13,11 +13,17 @@ ChildResult runInChild(const std::function<int()>& body) {
     if (::pipe(pipeEnds) != 0) {
         return {};
     }
+    // Standard error goes to a file, so that a child writing much to both never blocks.
+    std::FILE* errors = std::tmpfile();
+    if (errors == nullptr) {
+        return {};
+    }
     std::fflush(nullptr);
     const pid_t child = ::fork();
     if (child == 0) {
         ::close(pipeEnds[0]);
         ::dup2(pipeEnds[1], STDOUT_FILENO);
+        ::dup2(::fileno(errors), STDERR_FILENO);
         const int status = body();
         std::fflush(nullptr);
         std::_Exit(status);
@@ -37,6 +43,11 @@ ChildResult runInChild(const std::function<int()>& body) {
     if (WIFSIGNALED(status)) {
         result.signal = WTERMSIG(status);
     }
+    std::rewind(errors);
+    for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, errors)) > 0;) {
+        result.errors.append(buffer, n);
+    }
+    std::fclose(errors);
     return result;
 }
 

@@ -1,44 +1,92 @@
 #pragma once
 
+#include <map>
 #include <vector>
 
-#include "capture/desktop.h"
+#include "capture/application_catalog.h"
+#include "capture/browser_tabs.h"
+#include "capture/focused_window.h"
 
 namespace kivo::test {
 
 inline const QString editorId = QStringLiteral("org.gnome.TextEditor");
 inline const QString chromeId = QStringLiteral("com.google.Chrome");
 
-// A desktop that answers what the test has set and remembers the browser questions it was asked.
-struct FakeDesktop final : Desktop {
-    std::optional<FrontmostApplication> frontmost;
-    std::optional<QString> windowTitle, tabTitle, tabAddress;  // tab*: a browser's answers
-    std::vector<BrowserQuery> queries;
+// A focused window that answers what the test has set.
+struct FakeFocusedWindow final : FocusedWindowSource {
+    std::optional<FocusedWindow> window;
 
     void show(const QString& bundleId, const QString& name, const QString& title) {
-        frontmost = FrontmostApplication{4242, bundleId, name};
-        windowTitle = title;
+        window = FocusedWindow{4242, bundleId, name, title};
     }
     void showEditor(const QString& title = QStringLiteral("notes.txt")) {
         show(editorId, QStringLiteral("Text Editor"), title);
     }
+    std::optional<FocusedWindow> focusedWindow() override { return window; }
+};
+
+// Browsers that answer what the test has set and remember which windows they were asked about.
+struct FakeBrowserTabs final : BrowserTabs {
+    BrowserTabAnswer answer = BrowserNotConnected{};
+    std::vector<FocusedWindow> asked;
+
+    BrowserTabAnswer frontTab(const FocusedWindow& window) override {
+        asked.push_back(window);
+        return answer;
+    }
+};
+
+// A catalog of the applications the test names, in the order it names them.
+struct FakeApplicationCatalog final : ApplicationCatalog {
+    struct Entry {
+        QString id, name, icon;
+    };
+    std::vector<Entry> entries;
+    int rescans = 0;
+
+    void rescan() override { ++rescans; }
+    QStringList installedBundleIds() const override {
+        QStringList ids;
+        for (const auto& entry : entries) {
+            ids.append(entry.id);
+        }
+        return ids;
+    }
+    std::optional<QString> displayName(const QString& id) const override {
+        const Entry* entry = find(id);
+        return entry ? std::optional(entry->name) : std::nullopt;
+    }
+    std::optional<QString> iconName(const QString& id) const override {
+        const Entry* entry = find(id);
+        return entry && !entry->icon.isEmpty() ? std::optional(entry->icon) : std::nullopt;
+    }
+
+private:
+    const Entry* find(const QString& id) const {
+        for (const auto& entry : entries) {
+            if (entry.id == id) {
+                return &entry;
+            }
+        }
+        return nullptr;
+    }
+};
+
+// The focused window and the browsers together, as the recorder sees a desktop.
+struct FakeDesktop {
+    FakeFocusedWindow focus;
+    FakeBrowserTabs tabs;
+
+    void show(const QString& bundleId, const QString& name, const QString& title) {
+        focus.show(bundleId, name, title);
+    }
+    void showEditor(const QString& title = QStringLiteral("notes.txt")) { focus.showEditor(title); }
     // A browser in front whose front tab has this title and address.
     void showTab(const QString& title, const QString& address, const QString& bundleId = chromeId,
                  const QString& name = QStringLiteral("Google Chrome")) {
         show(bundleId, name, name);
-        tabTitle = title;
-        tabAddress = address;
+        tabs.answer = BrowserTab{title, address};
     }
-    std::optional<FrontmostApplication> frontmostApplication() override { return frontmost; }
-    std::optional<QString> focusedWindowTitle(const FrontmostApplication&) override {
-        return windowTitle;
-    }
-    std::optional<QString> queryBrowser(const BrowserQuery& query) override {
-        queries.push_back(query);
-        return query.field == BrowserField::Title ? tabTitle : tabAddress;
-    }
-    QStringList installedApplicationBundleIds() override { return {}; }
-    std::optional<QString> applicationIconName(const QString&) override { return {}; }
 };
 
 }  // namespace kivo::test

@@ -1,0 +1,41 @@
+#include "app/application.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "cli/report_command.h"
+#include "app/tracker_command.h"
+
+namespace kivo {
+
+namespace {
+
+constexpr const char* usage =
+    "Usage: kivo [--help | --version]\n"
+    "       kivo report [--from YYYY-MM-DD] [--to YYYY-MM-DD] [--days N] [--json]\n"
+    "\n"
+    "Without a command Kivo records which application is in front, once per tick, into\n"
+    "its store until it is interrupted. `kivo report` prints where the time went.\n";
+
+}  // namespace
+
+int runApplication(int argc, char* argv[]) {
+    if (argc > 1 && std::strcmp(argv[1], "report") == 0) {
+        return runReportCommand(argc, argv);
+    }
+    if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
+        std::fputs(usage, stdout);
+        return 0;
+    }
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
+        std::printf("kivo %s\n", KIVO_VERSION);
+        return 0;
+    }
+    if (argc > 1) {
+        std::fputs(usage, stderr);
+        return 2;
+    }
+    return runTracker(argc, argv);
+}
+
+}  // namespace kivo

@@ -1,0 +1,41 @@
+#include "cli/report_contents.h"
+
+#include "model/instant.h"
+#include "model/local_day.h"
+#include "reports/productivity_score.h"
+#include "tree/project_tree_view_model.h"
+#include "cli/report_arguments.h"
+
+namespace kivo {
+
+ReportContents collectReport(RecordStore& store, ApplicationSettings& settings, const Clock& clock,
+                             const ReportArguments& arguments) {
+    const QDate today = localDateOf(clock.now());
+    ProjectTreeViewModel tree(store, settings, clock);
+    tree.loadSavedTree();
+    tree.recomputeTreeDurations(arguments.from, arguments.to);
+
+    ReportContents contents;
+    contents.from = arguments.from;
+    contents.to = arguments.to;
+    contents.today = today;
+    contents.days = arguments.days;
+    contents.tree = {tree.roots().front(), tree.durationTotal(), tree.isShowArchivedProject(),
+                     tree.projects(), tree.enableFilters()};
+    const ReportSelection selection = tree.reportSelection();
+    contents.applications = computeApplicationReport(store, selection, arguments.from, arguments.to);
+    contents.websites = computeWebsiteReport(store, selection, arguments.from, arguments.to);
+    contents.tags = computeFilterReport(store, selection, arguments.from, arguments.to);
+    contents.projects = computeProjectReport(store, selection, arguments.from, arguments.to);
+
+    const ProductivityInputs inputs = productivityInputs(store, selection);
+    for (QDate day = arguments.from; day <= arguments.to; day = day.addDays(1)) {
+        const DayProductivity productivity = dayProductivity(store, inputs, day);
+        contents.dayScores.push_back({day, productivity.score, productivity.duration});
+    }
+    contents.productivityBars = productivityBars(store, selection, today, arguments.days);
+    contents.projectBars = computeProjectBarChart(store, selection, today, arguments.days);
+    return contents;
+}
+
+}  // namespace kivo

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+#include "capture/focused_window.h"
+#include "desktop/xdg/xdg_application_catalog.h"
+
+namespace kivo {
+
+struct DesktopChoice {
+    std::unique_ptr<FocusedWindowSource> focusedWindow;  // null when no backend serves this session
+    QString failure;                                     // why not, in one line
+};
+
+// The backend that reads the focused window in this session, chosen from the process
+// environment; it resolves windows against `catalog`, which must outlive it. Today that is the
+// X server named by DISPLAY when an EWMH window manager runs there.
+DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog);
+
+}  // namespace kivo

@@ -1,5 +1,0 @@
-#include "ui/application.h"
-
-int main(int argc, char* argv[]) {
-    return kivo::runApplication(argc, argv);
-}
