@@ -134,45 +134,63 @@ std::optional<QString> chromeDesktopId(const QHash<QByteArray, QByteArray>& envi
     return file;
 }
 
+bool isInstalled(const std::optional<QString>& id, const ApplicationIndex& index) {
+    return id && index.find(*id) != nullptr;
+}
+
+// Where the process runs: the sandbox names its application for sure.
+std::optional<QString> sandboxApplicationId(std::int64_t processId, const QStringList& units,
+                                            const QString& procRoot,
+                                            const ApplicationIndex& index) {
+    if (auto id = flatpakApplicationId(readProcessFile(procRoot, processId, "root/.flatpak-info"));
+        isInstalled(id, index)) {
+        return id;
+    }
+    for (const QString& unit : units) {
+        if (auto id = snapApplicationId(unit); isInstalled(id, index)) {
+            return id;
+        }
+    }
+    return std::nullopt;
+}
+
+// How the process was started: the launcher's scope or service, then the launcher's marks.
+std::optional<QString> launcherApplicationId(std::int64_t processId, const QStringList& units,
+                                             const QString& procRoot,
+                                             const ApplicationIndex& index) {
+    for (const QString& unit : units) {
+        if (auto id = systemdApplicationId(unit); isInstalled(id, index)) {
+            return id;
+        }
+    }
+    const auto environment = environmentOf(readProcessFile(procRoot, processId, "environ"));
+    if (auto id = gioLaunchedId(environment, processId); isInstalled(id, index)) {
+        return id;
+    }
+    if (auto id = chromeDesktopId(environment); isInstalled(id, index)) {
+        return id;
+    }
+    return std::nullopt;
+}
+
+QStringList cgroupUnitsOf(std::int64_t processId, const QString& procRoot) {
+    return processId > 0 ? cgroupUnitsInnermostFirst(readProcessFile(procRoot, processId, "cgroup"))
+                         : QStringList();
+}
+
 }  // namespace
 
 std::optional<QString> resolveApplicationId(const WindowOwner& owner, const QString& procRoot,
                                             const ApplicationIndex& index) {
-    const auto installed = [&index](const std::optional<QString>& id) {
-        return id && index.find(*id) != nullptr;
-    };
-    const auto firstInstalledOfUnits = [&](const QStringList& units, auto idOfUnit) {
-        for (const QString& unit : units) {
-            if (auto id = idOfUnit(unit); installed(id)) {
-                return id;
-            }
-        }
-        return std::optional<QString>();
-    };
-
     if (owner.processId > 0) {
-        const auto pid = owner.processId;
-        if (auto id = flatpakApplicationId(readProcessFile(procRoot, pid, "root/.flatpak-info"));
-            installed(id)) {
+        const QStringList units = cgroupUnitsOf(owner.processId, procRoot);
+        if (auto id = sandboxApplicationId(owner.processId, units, procRoot, index)) {
             return id;
         }
-        const QStringList units =
-            cgroupUnitsInnermostFirst(readProcessFile(procRoot, pid, "cgroup"));
-        if (auto id = firstInstalledOfUnits(units, snapApplicationId)) {
-            return id;
-        }
-        if (auto id = firstInstalledOfUnits(units, systemdApplicationId)) {
-            return id;
-        }
-        const auto environment = environmentOf(readProcessFile(procRoot, pid, "environ"));
-        if (auto id = gioLaunchedId(environment, pid); installed(id)) {
-            return id;
-        }
-        if (auto id = chromeDesktopId(environment); installed(id)) {
+        if (auto id = launcherApplicationId(owner.processId, units, procRoot, index)) {
             return id;
         }
     }
-
     for (const QString& wmName : {owner.wmClass, owner.wmInstance}) {
         if (wmName.isEmpty()) {
             continue;
@@ -181,7 +199,40 @@ std::optional<QString> resolveApplicationId(const WindowOwner& owner, const QStr
             return id;
         }
     }
-    if (auto id = std::optional(owner.wmClass.toLower()); installed(id)) {
+    if (auto id = std::optional(owner.wmClass.toLower()); isInstalled(id, index)) {
+        return id;
+    }
+    return std::nullopt;
+}
+
+std::optional<QString> resolveToplevelApplicationId(const ToplevelOwner& owner,
+                                                    const QString& procRoot,
+                                                    const ApplicationIndex& index) {
+    const QStringList units = cgroupUnitsOf(owner.processId, procRoot);
+    if (owner.processId > 0) {
+        if (auto id = sandboxApplicationId(owner.processId, units, procRoot, index)) {
+            return id;
+        }
+    }
+    QString appId = owner.appId;
+    if (appId.endsWith(QLatin1String(".desktop"))) {
+        appId.chop(8);
+    }
+    if (auto id = std::optional(appId); isInstalled(id, index)) {
+        return id;
+    }
+    if (owner.processId > 0) {
+        if (auto id = launcherApplicationId(owner.processId, units, procRoot, index)) {
+            return id;
+        }
+    }
+    if (appId.isEmpty()) {
+        return std::nullopt;
+    }
+    if (auto id = index.idForStartupWmClass(appId)) {
+        return id;
+    }
+    if (auto id = std::optional(appId.toLower()); isInstalled(id, index)) {
         return id;
     }
     return std::nullopt;

@@ -25,4 +25,20 @@ struct WindowOwner {
 std::optional<QString> resolveApplicationId(const WindowOwner& owner, const QString& procRoot,
                                             const ApplicationIndex& index);
 
+// What a Wayland toplevel says about the program behind it.
+struct ToplevelOwner {
+    std::int64_t processId = 0;  // 0 where the compositor names no process
+    QString appId;               // the toplevel's app_id
+};
+
+// The desktop-file ID of the installed application that owns a Wayland toplevel, or nothing.
+// The same sources as for an X11 window, with the app_id in the place of the class: the sandbox
+// (Flatpak, Snap) first, since it cannot be mistaken; then the app_id itself as an installed ID
+// (with or without ".desktop"), which well-behaved clients set and which beats a scope inherited
+// from the terminal that started the client; then the launcher's scope and marks; then
+// StartupWMClass and the lower-cased app_id.
+std::optional<QString> resolveToplevelApplicationId(const ToplevelOwner& owner,
+                                                    const QString& procRoot,
+                                                    const ApplicationIndex& index);
+
 }  // namespace kivo
