@@ -1,0 +1,56 @@
+#include "desktop/session_environment.h"
+
+#include <QStringList>
+
+namespace kivo {
+
+SessionEnvironment SessionEnvironment::fromProcess() {
+    return {qgetenv("WAYLAND_DISPLAY"), qgetenv("DISPLAY"), qgetenv("XDG_SESSION_TYPE"),
+            qgetenv("XDG_CURRENT_DESKTOP"), qgetenv("SWAYSOCK")};
+}
+
+SessionVerdict classifySession(const SessionEnvironment& environment) {
+    const QByteArray type = environment.sessionType.toLower();
+    const bool isWayland =
+        type == "wayland" || (type != "x11" && !environment.waylandDisplay.isEmpty());
+    if (!isWayland) {
+        return {SessionKind::X11, QStringLiteral("X11"), QString()};
+    }
+    const QStringList desktops =
+        QString::fromUtf8(environment.currentDesktop).split(u':', Qt::SkipEmptyParts);
+    const auto names = [&desktops](const char* name) {
+        return desktops.contains(QLatin1String(name), Qt::CaseInsensitive);
+    };
+    SessionVerdict verdict{SessionKind::Wlroots,
+                           desktops.isEmpty() ? QStringLiteral("an unnamed Wayland desktop")
+                                              : desktops.join(u':') % QStringLiteral(" on Wayland"),
+                           QString()};
+    if (names("GNOME")) {
+        verdict.kind = SessionKind::Gnome;
+        verdict.desktopName = QStringLiteral("GNOME on Wayland");
+        verdict.failure = QStringLiteral(
+            "cannot record GNOME on Wayland yet: this Kivo has no GNOME Shell extension to read "
+            "the focused window; log in to a \"GNOME on Xorg\" session to record");
+    } else if (names("KDE")) {
+        verdict.kind = SessionKind::Plasma;
+        verdict.desktopName = QStringLiteral("KDE Plasma on Wayland");
+        verdict.failure = QStringLiteral(
+            "cannot record KDE Plasma on Wayland yet: this Kivo has no KWin script to read the "
+            "focused window; log in to a \"Plasma (X11)\" session to record");
+    } else if (names("Hyprland")) {
+        verdict.kind = SessionKind::Hyprland;
+        verdict.desktopName = QStringLiteral("Hyprland");
+        verdict.failure = QStringLiteral(
+            "cannot record Hyprland yet: this Kivo does not read its event socket; use sway or "
+            "another wlroots compositor, or an X11 session, to record");
+    } else if (environment.waylandDisplay.isEmpty()) {
+        verdict.failure =
+            QStringLiteral(
+                "cannot record %1: WAYLAND_DISPLAY is not set; start Kivo from within the "
+                "session")
+                .arg(verdict.desktopName);
+    }
+    return verdict;
+}
+
+}  // namespace kivo
