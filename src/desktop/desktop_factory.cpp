@@ -1,5 +1,6 @@
 #include "desktop/desktop_factory.h"
 
+#include "desktop/hyprland/hyprland_desktop.h"
 #include "desktop/session_environment.h"
 #include "desktop/wlroots/wlroots_desktop.h"
 #include "desktop/x11/x11_desktop.h"
@@ -31,6 +32,23 @@ DesktopChoice chooseWlrootsDesktop(const SessionEnvironment& session, const QStr
     return choice;
 }
 
+DesktopChoice chooseHyprlandDesktop(const SessionEnvironment& session,
+                                    const XdgApplicationCatalog& catalog) {
+    const QString sockets = QString::fromLocal8Bit(session.runtimeFolder) %
+                            QStringLiteral("/hypr/") %
+                            QString::fromLocal8Bit(session.hyprlandSignature);
+    DesktopChoice choice;
+    choice.focusedWindow =
+        HyprlandDesktop::connect({sockets, &catalog, QStringLiteral("/proc")}, choice.failure);
+    if (!choice.focusedWindow) {
+        choice.failure = QStringLiteral(
+                             "cannot record Hyprland: %1; start Kivo from within the "
+                             "session")
+                             .arg(choice.failure);
+    }
+    return choice;
+}
+
 }  // namespace
 
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
@@ -39,10 +57,18 @@ DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
     if (!verdict.failure.isEmpty()) {
         return {nullptr, verdict.failure};
     }
-    // The other kinds carry a failure until this build reads them.
-    return verdict.kind == SessionKind::X11
-               ? chooseX11Desktop(session, catalog)
-               : chooseWlrootsDesktop(session, verdict.desktopName, catalog);
+    switch (verdict.kind) {
+        case SessionKind::X11:
+            return chooseX11Desktop(session, catalog);
+        case SessionKind::Hyprland:
+            return chooseHyprlandDesktop(session, catalog);
+        case SessionKind::Wlroots:
+            return chooseWlrootsDesktop(session, verdict.desktopName, catalog);
+        case SessionKind::Gnome:
+        case SessionKind::Plasma:
+            break;  // these carry a failure until this build reads them
+    }
+    return {nullptr, verdict.failure};
 }
 
 }  // namespace kivo

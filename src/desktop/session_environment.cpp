@@ -5,8 +5,13 @@
 namespace kivo {
 
 SessionEnvironment SessionEnvironment::fromProcess() {
-    return {qgetenv("WAYLAND_DISPLAY"), qgetenv("DISPLAY"), qgetenv("XDG_SESSION_TYPE"),
-            qgetenv("XDG_CURRENT_DESKTOP"), qgetenv("SWAYSOCK")};
+    return {qgetenv("WAYLAND_DISPLAY"),
+            qgetenv("DISPLAY"),
+            qgetenv("XDG_SESSION_TYPE"),
+            qgetenv("XDG_CURRENT_DESKTOP"),
+            qgetenv("SWAYSOCK"),
+            qgetenv("XDG_RUNTIME_DIR"),
+            qgetenv("HYPRLAND_INSTANCE_SIGNATURE")};
 }
 
 SessionVerdict classifySession(const SessionEnvironment& environment) {
@@ -40,9 +45,11 @@ SessionVerdict classifySession(const SessionEnvironment& environment) {
     } else if (names("Hyprland")) {
         verdict.kind = SessionKind::Hyprland;
         verdict.desktopName = QStringLiteral("Hyprland");
-        verdict.failure = QStringLiteral(
-            "cannot record Hyprland yet: this Kivo does not read its event socket; use sway or "
-            "another wlroots compositor, or an X11 session, to record");
+        if (environment.hyprlandSignature.isEmpty() || environment.runtimeFolder.isEmpty()) {
+            verdict.failure = QStringLiteral(
+                "cannot record Hyprland: HYPRLAND_INSTANCE_SIGNATURE or XDG_RUNTIME_DIR is not "
+                "set; start Kivo from within the session");
+        }
     } else if (environment.waylandDisplay.isEmpty()) {
         verdict.failure =
             QStringLiteral(

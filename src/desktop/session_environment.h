@@ -12,6 +12,8 @@ struct SessionEnvironment {
     QByteArray sessionType;     // XDG_SESSION_TYPE: "wayland", "x11", "tty"...
     QByteArray currentDesktop;  // XDG_CURRENT_DESKTOP: colon-separated names, e.g. "ubuntu:GNOME"
     QByteArray swaySocket;      // SWAYSOCK
+    QByteArray runtimeFolder;   // XDG_RUNTIME_DIR
+    QByteArray hyprlandSignature;  // HYPRLAND_INSTANCE_SIGNATURE
 
     static SessionEnvironment fromProcess();
 };
@@ -27,8 +29,8 @@ struct SessionVerdict {
 
 // Which kind of session this is. An explicit XDG_SESSION_TYPE decides; without one a set
 // WAYLAND_DISPLAY means Wayland. A Wayland session is never read through XWayland, which sees
-// only X clients; on Wayland XDG_CURRENT_DESKTOP names the compositor, and any one not named
-// otherwise is tried as a wlroots compositor.
+// only X clients; on Wayland XDG_CURRENT_DESKTOP names the compositor, and any one not known by
+// name is tried as a wlroots compositor.
 SessionVerdict classifySession(const SessionEnvironment& environment);
 
 }  // namespace kivo

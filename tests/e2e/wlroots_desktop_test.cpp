@@ -44,6 +44,18 @@ protected:
         return window;
     }
 
+    // Samples until the window titled `title` is in front; it must be `terminal`'s, named by its
+    // desktop entry and, through sway's IPC, its process.
+    void expectInFront(const QString& title, const SwayTerminal& terminal) {
+        const auto window = sampleUntil(title);
+        ASSERT_TRUE(window && window->title == title)
+            << title.toStdString() << " never came to the front:\n"
+            << logOf(*session_);
+        EXPECT_EQ(window->bundleId, QStringLiteral("foot"));
+        EXPECT_EQ(window->name, QStringLiteral("Foot"));
+        EXPECT_EQ(window->processId, terminal.processId());
+    }
+
     std::unique_ptr<SwaySession> session_ = std::make_unique<SwaySession>();
     XdgApplicationCatalog catalog_{
         XdgEnvironment{QString(), QString(), QStringLiteral("/usr/share"), QStringLiteral("C")}};
@@ -54,32 +66,18 @@ TEST_F(WlrootsDesktopTest, FollowsTheActivatedToplevelThroughOpeningRetitlingFoc
     EXPECT_FALSE(desktop_->focusedWindow()) << "an empty desktop";
 
     SwayTerminal one(*session_, QStringLiteral("kivo-one"));
-    auto window = sampleUntil(QStringLiteral("kivo-one"));
-    ASSERT_TRUE(window) << logOf(*session_);
-    EXPECT_EQ(window->title, QStringLiteral("kivo-one"));
-    EXPECT_EQ(window->bundleId, QStringLiteral("foot"));
-    EXPECT_EQ(window->name, QStringLiteral("Foot"));
-    EXPECT_EQ(window->processId, one.processId()) << "sway's IPC names the process";
-
+    expectInFront(QStringLiteral("kivo-one"), one);
     SwayTerminal two(*session_, QStringLiteral("kivo-two"));
-    EXPECT_EQ(sampleUntil(QStringLiteral("kivo-two"))->title, QStringLiteral("kivo-two"))
-        << "a new window takes the focus";
-    EXPECT_EQ(desktop_->focusedWindow()->processId, two.processId());
+    expectInFront(QStringLiteral("kivo-two"), two);
 
     ASSERT_TRUE(two.retitle(QStringLiteral("kivo-two-renamed")));
-    EXPECT_EQ(sampleUntil(QStringLiteral("kivo-two-renamed"))->title,
-              QStringLiteral("kivo-two-renamed"));
+    expectInFront(QStringLiteral("kivo-two-renamed"), two);
 
     ASSERT_TRUE(session_->swaymsg({QStringLiteral("[title=\"^kivo-one$\"] focus")}));
-    window = sampleUntil(QStringLiteral("kivo-one"));
-    ASSERT_TRUE(window);
-    EXPECT_EQ(window->title, QStringLiteral("kivo-one"));
-    EXPECT_EQ(window->processId, one.processId());
+    expectInFront(QStringLiteral("kivo-one"), one);
 
     one.close();
-    window = sampleUntil(QStringLiteral("kivo-two-renamed"));
-    ASSERT_TRUE(window) << "sway gives the focus to the window left";
-    EXPECT_EQ(window->processId, two.processId());
+    expectInFront(QStringLiteral("kivo-two-renamed"), two);  // sway focuses the window left
 
     two.close();
     EXPECT_FALSE(sampleUntil(std::nullopt)) << "no window, no sample";

@@ -79,7 +79,15 @@ std::optional<QJsonObject> focusedNode(const QJsonObject& node) {
 std::optional<std::int64_t> focusedProcessIdInTree(const QByteArray& treeJson,
                                                    const QString& appId) {
     const auto node = focusedNode(QJsonDocument::fromJson(treeJson).object());
-    if (!node || node->value(QLatin1String("app_id")).toString() != appId) {
+    if (!node) {
+        return std::nullopt;
+    }
+    // An XWayland window has no app_id in the tree; the toplevel protocol carries its class.
+    const QString windowClass = node->value(QLatin1String("window_properties"))
+                                    .toObject()
+                                    .value(QLatin1String("class"))
+                                    .toString();
+    if (node->value(QLatin1String("app_id")).toString(windowClass) != appId) {
         return std::nullopt;
     }
     const auto pid = static_cast<std::int64_t>(node->value(QLatin1String("pid")).toDouble());

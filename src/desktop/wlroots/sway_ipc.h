@@ -14,7 +14,8 @@ namespace kivo {
 std::optional<std::int64_t> swayFocusedProcessId(const QByteArray& socketPath,
                                                  const QString& appId);
 
-// The process of the focused node in a get_tree reply, if its app_id is `appId`.
+// The process of the focused node in a get_tree reply, if its app_id (an XWayland window's:
+// its class) is `appId`.
 std::optional<std::int64_t> focusedProcessIdInTree(const QByteArray& treeJson,
                                                    const QString& appId);
 

@@ -18,7 +18,9 @@ QByteArray tree(const char* focusedFoot, const char* focusedFloating) {
 TEST(SwayIpcTest, ProcessOfTheFocusedNodeOnlyWhenItIsTheWindowAskedAbout) {
     EXPECT_EQ(focusedProcessIdInTree(tree("true", "false"), QStringLiteral("foot")), 4242);
     EXPECT_FALSE(focusedProcessIdInTree(tree("true", "false"), QStringLiteral("firefox")));
-    EXPECT_EQ(focusedProcessIdInTree(tree("false", "true"), QString()), 77);
+    EXPECT_EQ(focusedProcessIdInTree(tree("false", "true"), QStringLiteral("XTerm")), 77)
+        << "an XWayland window goes by its class";
+    EXPECT_FALSE(focusedProcessIdInTree(tree("false", "true"), QStringLiteral("foot")));
     EXPECT_FALSE(focusedProcessIdInTree(tree("false", "false"), QStringLiteral("foot")));
     EXPECT_FALSE(focusedProcessIdInTree("{not json", QStringLiteral("foot")));
     EXPECT_FALSE(focusedProcessIdInTree(R"({"focused":true,"app_id":"foot","pid":0})",
