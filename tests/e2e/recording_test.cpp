@@ -34,7 +34,9 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(home_.isValid());
         ASSERT_TRUE(server_.isReady());
+        // Run from a Wayland session, the tests still mean the private X server.
         environment_.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        environment_.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11"));
         environment_.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(server_.displayName()));
         environment_.insert(QStringLiteral("HOME"), home_.path());
         environment_.insert(QStringLiteral("XDG_DATA_HOME"),
