@@ -100,7 +100,7 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     QThread::msleep(3'000);
     focus("kivo-e2e-one", backToOne);
     // Long enough for the renamed capture to be unseen for more than the gap of 2 s.
-    QThread::msleep(3'500);
+    QThread::msleep(4'500);
     EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
 
     // The second stretch of "one" is still open when Kivo ends, and open captures are not kept.

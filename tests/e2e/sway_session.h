@@ -159,7 +159,8 @@ private:
         return std::nullopt;
     }
 
-    QTemporaryDir runtime_;
+    // Under /tmp rather than TMPDIR, which may lie where "nobody" cannot reach.
+    QTemporaryDir runtime_{QStringLiteral("/tmp/kivo-sway-XXXXXX")};
     QProcessEnvironment environment_;
     std::unique_ptr<ScopedProcess> process_;
     QByteArray displayName_;
