@@ -76,11 +76,50 @@ void recordOneClosedCapture(benchmark::State& state) {
     const std::vector<CaptureData> pending{closed};
     for (auto _ : state) {
         clock.advance(1.0);
-        recordCaptures(pending, *home.store, *home.settings, clock.now());
+        recordCaptures(pending, *home.store, *home.settings, clock.now(), MatchBudget());
         home.store->save();
     }
 }
 BENCHMARK(recordOneClosedCapture)->Arg(10)->Arg(100)->Arg(1000)->Unit(benchmark::kMicrosecond);
+
+// The tick that closes a capture whose title makes each of 1,000 distinct patterns backtrack
+// without end: the tick's matching budget, not the patterns, bounds its wall time.
+void tickClosingACaptureAgainstSlowPatterns(benchmark::State& state) {
+    const QString editorId = QStringLiteral("org.gnome.TextEditor");
+    Home home;
+    test::ManualClock clock;
+    ensureUnassignedEntries(*home.store, clock.now());
+    for (int i = 0; i < 1000; ++i) {
+        auto filter = newRecord<Filter>(clock.now());
+        filter.projectId = QUuid::createUuid();
+        filter.appBundleId = editorId;
+        filter.matchExpressionOfTitle = QStringLiteral("(a+)+(%1)?$").arg(i);
+        filter.isTitleRegexOn = true;
+        home.store->insert(filter);
+    }
+    home.store->save();
+    home.settings->setMaximumGapLength(1.0);
+    test::FakeDesktop desktop;
+    Recorder recorder(desktop.focus, desktop.tabs, *home.store, *home.settings, clock);
+    recorder.setInstalledApplications({QStringLiteral("org.gnome.Terminal"), editorId});
+    const QString pathological = QString(36, u'a') + u'!';
+    for (auto _ : state) {
+        // Untimed: the capture lasts a second, then another window comes to the front.
+        state.PauseTiming();
+        desktop.show(editorId, QStringLiteral("Text Editor"), pathological);
+        clock.advance(1.0);
+        recorder.captureTick();
+        clock.advance(1.0);
+        recorder.captureTick();
+        desktop.show(QStringLiteral("org.gnome.Terminal"), QStringLiteral("Terminal"),
+                     QStringLiteral("~"));
+        clock.advance(2.0);
+        state.ResumeTiming();
+        recorder.captureTick();  // closes and records it
+    }
+    benchmark::DoNotOptimize(recorder.pendingCaptures().size());
+}
+BENCHMARK(tickClosingACaptureAgainstSlowPatterns)->Unit(benchmark::kMillisecond)->Iterations(20);
 
 }  // namespace
 }  // namespace kivo

@@ -19,13 +19,15 @@ void onTerminationSignal(int) {
     [[maybe_unused]] const auto written = ::write(writeEnd, &byte, 1);
 }
 
+// A closed terminal (SIGHUP) ends Kivo as cleanly as SIGINT and SIGTERM do.
 void setHandler(void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    ::sigaction(SIGINT, &action, nullptr);
-    ::sigaction(SIGTERM, &action, nullptr);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        ::sigaction(signal, &action, nullptr);
+    }
 }
 
 }  // namespace
@@ -38,10 +40,13 @@ TerminationSignals::TerminationSignals(QObject* parent) : QObject(parent) {
     notifier_ = new QSocketNotifier(sockets_[1], QSocketNotifier::Read, this);
     connect(notifier_, &QSocketNotifier::activated, this, &TerminationSignals::drain);
     setHandler(onTerminationSignal);
+    // Writing to a pipe whose reader has gone must fail as a write, not end the process.
+    ::signal(SIGPIPE, SIG_IGN);
 }
 
 TerminationSignals::~TerminationSignals() {
     setHandler(SIG_DFL);
+    ::signal(SIGPIPE, SIG_DFL);
     writeEnd = -1;
     ::close(sockets_[0]);
     ::close(sockets_[1]);

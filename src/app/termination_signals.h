@@ -5,8 +5,10 @@
 
 namespace kivo {
 
-// Turns SIGINT and SIGTERM into the signal `received` on the main thread: the handler only
-// writes a byte to a socket pair, which the event loop watches. One instance per process.
+// Turns SIGINT, SIGTERM and SIGHUP into the signal `received` on the main thread: the handler
+// only writes a byte to a socket pair, which the event loop watches. While it lives, SIGPIPE is
+// ignored, so that output to a reader that has gone fails instead of ending the process. One
+// instance per process.
 class TerminationSignals : public QObject {
     Q_OBJECT
 

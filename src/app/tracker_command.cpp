@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "app/termination_signals.h"
 #include "capture/capture_timer.h"
 #include "capture/recorder.h"
+#include "desktop/desktop_factory.h"
 #include "model/application_settings.h"
 #include "model/open_store.h"
 #include "model/unassigned_entries.h"
-#include "desktop/desktop_factory.h"
-#include "app/termination_signals.h"
 
 namespace kivo {
 
@@ -29,7 +29,9 @@ int runTracker(int argc, char* argv[]) {
     }
 
     const SystemClock clock;
-    const auto store = openStoreOrExit(RecordStore::defaultPath());
+    const QString storePath = RecordStore::defaultPath();
+    const auto storeLock = lockStoreOrExit(storePath);
+    const auto store = openStoreOrExit(storePath);
     ensureUnassignedEntries(*store, clock.now());
     const auto settings = ApplicationSettings::openDefault();
 
@@ -41,6 +43,7 @@ int runTracker(int argc, char* argv[]) {
     timer.start();
     QCoreApplication::exec();
     timer.stop();
+    recorder.finish();
     return EXIT_SUCCESS;
 }
 

@@ -56,7 +56,7 @@ const Record* firstUnassigned(const std::vector<Record>& records) {
 }  // namespace
 
 void recordCaptures(const std::vector<CaptureData>& pending, RecordStore& store,
-                    const ApplicationSettings& settings, Instant now) {
+                    const ApplicationSettings& settings, Instant now, const MatchBudget& budget) {
     if (std::none_of(pending.begin(), pending.end(),
                      [](const CaptureData& capture) { return capture.isEnd; })) {
         return;
@@ -79,13 +79,29 @@ void recordCaptures(const std::vector<CaptureData>& pending, RecordStore& store,
         CaptureData capture = ended;
         const QString domainName = domainOf(capture.url);
         bool isClaimed = false;
+        std::size_t decided = 0;
         for (const Filter& filter : filters) {
-            if (matchFilter(capture, filter)) {
+            if (budget.isSpent()) {
+                break;
+            }
+            const bool accepts = matchFilter(capture, filter, &budget);
+            if (!accepts && budget.isSpent()) {
+                break;  // cut short: counts as not matching, with the filters after it
+            }
+            ++decided;
+            if (accepts) {
                 isClaimed = true;
                 writeActivity(store, capture,
                               {filter.projectId, filter.id, filter.appName, filter.appBundleId},
                               domainName, now);
             }
+        }
+        if (decided < filters.size()) {
+            printDiagnostic(QStringLiteral("Matching ran out of its time for this tick: %1 of %2 "
+                                           "filters count as not matching for a capture of %3")
+                                .arg(filters.size() - decided)
+                                .arg(filters.size())
+                                .arg(capture.bundleId));
         }
         if (!isClaimed && hasUnassignedEntries) {
             writeActivity(

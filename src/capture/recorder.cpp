@@ -1,5 +1,7 @@
 #include "capture/recorder.h"
 
+#include <algorithm>
+
 #include "capture/browser_table.h"
 #include "capture/capture_merging.h"
 #include "capture/capture_recording.h"
@@ -14,7 +16,9 @@ Recorder::Recorder(FocusedWindowSource& desktop, BrowserTabs& browserTabs, Recor
       browserTabs_(browserTabs),
       store_(store),
       settings_(settings),
-      clock_(clock) {}
+      clock_(clock) {
+    store_.setBusyTimeout(storeBusyTimeout);
+}
 
 void Recorder::setInstalledApplications(QStringList bundleIds) {
     installedBundleIds_ = std::move(bundleIds);
@@ -22,9 +26,7 @@ void Recorder::setInstalledApplications(QStringList bundleIds) {
 
 void Recorder::captureTick() {
     captureStep();
-    if (writeEndedCaptures()) {
-        std::erase_if(pending_, [](const CaptureData& capture) { return capture.isEnd; });
-    }
+    writeEndedCaptures();
 }
 
 void Recorder::captureStep() {
@@ -34,17 +36,56 @@ void Recorder::captureStep() {
     }
 }
 
-bool Recorder::writeEndedCaptures() {
+void Recorder::writeEndedCaptures() {
+    const auto isEnded = [](const CaptureData& capture) { return capture.isEnd; };
+    if (std::none_of(pending_.begin(), pending_.end(), isEnded)) {
+        return;
+    }
+    const MatchBudget budget;
+    if (!isCatchingUp_) {
+        if (const auto error = write(pending_, budget)) {
+            isCatchingUp_ = true;
+            printDiagnostic(
+                QStringLiteral("Could not write the finished captures, trying again next tick: ") +
+                *error);
+        } else {
+            std::erase_if(pending_, isEnded);
+        }
+        return;
+    }
+    for (auto capture = pending_.begin(); capture != pending_.end();) {
+        if (!capture->isEnd) {
+            ++capture;
+        } else if (write({*capture}, budget)) {
+            return;  // still failing; the rest waits with it
+        } else {
+            capture = pending_.erase(capture);
+        }
+    }
+    isCatchingUp_ = false;
+}
+
+void Recorder::finish() {
+    for (CaptureData& capture : pending_) {
+        capture.isEnd = true;
+    }
+    store_.setBusyTimeout(finishBusyTimeout);
+    if (const auto error = write(pending_, MatchBudget())) {
+        printDiagnostic(QStringLiteral("Could not write the captures open at the end: ") + *error);
+    }
+    pending_.clear();
+    store_.setBusyTimeout(storeBusyTimeout);
+}
+
+std::optional<QString> Recorder::write(const std::vector<CaptureData>& captures,
+                                       const MatchBudget& budget) {
     try {
-        recordCaptures(pending_, store_, settings_, clock_.now());
+        recordCaptures(captures, store_, settings_, clock_.now(), budget);
         store_.save();
-        return true;
+        return std::nullopt;
     } catch (const StoreError& error) {
         store_.rollback();
-        printDiagnostic(
-            QStringLiteral("Could not write the finished captures, trying again next tick: ") +
-            QString::fromUtf8(error.what()));
-        return false;
+        return QString::fromUtf8(error.what());
     }
 }
 

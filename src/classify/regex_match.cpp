@@ -13,9 +13,12 @@ namespace kivo {
 
 namespace {
 
-// In steps of ICU's match engine (about a fifth of a millisecond each here): a pattern that
-// backtracks without end gives up after some milliseconds instead of freezing the tick.
-constexpr int32_t matchTimeLimit = 50;
+using SearchClock = MatchBudget::Clock;
+
+// A pattern that backtracks without end gives up after this long instead of freezing the tick;
+// once it has, it is known to be slow and gets much less.
+constexpr std::chrono::milliseconds searchTimeLimit{10};
+constexpr std::chrono::milliseconds slowPatternTimeLimit{1};
 
 // Filters hold a few dozen patterns; the bound only stops a stream of distinct patterns (the
 // filter editor checking each keystroke) from growing the cache without end.
@@ -29,8 +32,15 @@ struct CompiledPattern {
     std::unique_ptr<icu::RegexPattern> pattern;  // null when the text does not compile
     std::unique_ptr<icu::RegexMatcher> matcher;  // reused for every search with this pattern
     QString compileError;
-    icu::UnicodeString input;  // aliases the text of the search in progress
+    icu::UnicodeString input;          // aliases the text of the search in progress
+    bool isSlow = false;               // has run out of its own time once
+    SearchClock::time_point deadline;  // of the search in progress
 };
+
+// Called by ICU every few thousand steps of a search; a false answer stops it.
+UBool U_CALLCONV isBeforeDeadline(const void* context, int32_t) {
+    return SearchClock::now() < *static_cast<const SearchClock::time_point*>(context);
+}
 
 CompiledPattern compile(const QString& patternText) {
     CompiledPattern compiled;
@@ -40,9 +50,6 @@ CompiledPattern compile(const QString& patternText) {
     compiled.pattern.reset(icu::RegexPattern::compile(source, 0, parseError, status));
     if (U_SUCCESS(status)) {
         compiled.matcher.reset(compiled.pattern->matcher(status));
-    }
-    if (U_SUCCESS(status)) {
-        compiled.matcher->setTimeLimit(matchTimeLimit, status);
     }
     if (U_FAILURE(status)) {
         compiled.matcher.reset();
@@ -71,17 +78,38 @@ CompiledPattern& compiledPattern(const QString& patternText) {
 
 }  // namespace
 
-std::optional<QString> firstRegexMatch(const QString& pattern, const QString& text) {
+std::optional<QString> firstRegexMatch(const QString& pattern, const QString& text,
+                                       const MatchBudget* budget) {
     CompiledPattern& compiled = compiledPattern(pattern);
     if (!compiled.matcher) {
         printDiagnostic(regexErrorLine(compiled.compileError));
         return std::nullopt;
     }
+    compiled.deadline =
+        SearchClock::now() + (compiled.isSlow ? slowPatternTimeLimit : searchTimeLimit);
+    const bool isCutByBudget = budget != nullptr && budget->deadline() < compiled.deadline;
+    if (isCutByBudget) {
+        compiled.deadline = budget->deadline();
+    }
     compiled.input.setTo(false, utf16Of(text), static_cast<int32_t>(text.size()));
     icu::RegexMatcher& matcher = *compiled.matcher;
     matcher.reset(compiled.input);
     UErrorCode status = U_ZERO_ERROR;
-    const bool found = matcher.find(status);
+    // Set at each search: the cache may have moved the pattern since the last one.
+    matcher.setMatchCallback(isBeforeDeadline, &compiled.deadline, status);
+    const bool found = U_SUCCESS(status) && matcher.find(status);
+    if (status == U_REGEX_STOPPED_BY_CALLER) {
+        // Running into the budget's end is not the pattern's fault.
+        if (!isCutByBudget && !compiled.isSlow) {
+            compiled.isSlow = true;
+            printDiagnostic(regexErrorLine(
+                QStringLiteral("the pattern \"%1\" ran out of time and counts as not matching; it "
+                               "gets %2 ms a search from now on")
+                    .arg(pattern)
+                    .arg(slowPatternTimeLimit.count())));
+        }
+        return std::nullopt;
+    }
     if (U_FAILURE(status)) {
         printDiagnostic(regexErrorLine(QStringLiteral("%1 while matching the pattern \"%2\"")
                                            .arg(QLatin1StringView(u_errorName(status)), pattern)));

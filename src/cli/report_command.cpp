@@ -8,14 +8,14 @@
 #include <memory>
 #include <optional>
 
-#include "model/application_settings.h"
-#include "model/instant.h"
-#include "model/local_day.h"
-#include "model/record_store.h"
 #include "cli/report_arguments.h"
 #include "cli/report_contents.h"
 #include "cli/report_json.h"
 #include "cli/report_text.h"
+#include "model/application_settings.h"
+#include "model/instant.h"
+#include "model/local_day.h"
+#include "model/record_store.h"
 
 namespace kivo {
 
@@ -69,9 +69,14 @@ int runReportCommand(int argc, char* argv[]) {
         return EXIT_FAILURE;
     }
     const auto settings = ApplicationSettings::openDefault();
-    const ReportContents contents = collectReport(*store, *settings, clock, *arguments);
-    const QByteArray output =
-        arguments->isJson ? reportJson(contents) : reportText(contents).toUtf8();
+    QByteArray output;
+    try {
+        const ReportContents contents = collectReport(*store, *settings, clock, *arguments);
+        output = arguments->isJson ? reportJson(contents) : reportText(contents).toUtf8();
+    } catch (const StoreError& error) {
+        std::fprintf(stderr, "Could not read the store: %s\n", error.what());
+        return EXIT_FAILURE;
+    }
     std::fwrite(output.constData(), 1, static_cast<std::size_t>(output.size()), stdout);
     std::fflush(stdout);
     return 0;

@@ -2,13 +2,23 @@
 
 #include <QSettings>
 #include <algorithm>
+#include <cmath>
 
 namespace kivo {
 
 namespace {
 
-double orDefaultWhenZero(double stored, double fallback) {
-    return stored == 0.0 ? fallback : stored;
+// Longer than any sensible tick, gap or minimum; only a slip of the keyboard writes more.
+constexpr double longestSetting = 86'400.0;
+
+// What a text editor can write that would stop the tracker or count negative or endless time (no
+// number, a negative one, one beyond a day) reads as absent, as does the 0 of an absent key.
+bool isUsable(double stored) {
+    return std::isfinite(stored) && stored > 0.0 && stored <= longestSetting;
+}
+
+double orDefaultWhenUnusable(double stored, double fallback) {
+    return isUsable(stored) ? stored : fallback;
 }
 
 }  // namespace
@@ -41,21 +51,25 @@ double ApplicationSettings::storedDouble(const QString& key) const {
 }
 
 double ApplicationSettings::timerInterval() const {
-    return orDefaultWhenZero(storedDouble(QString::fromUtf16(settings_keys::timerInterval)), 1.0);
+    return orDefaultWhenUnusable(storedDouble(QString::fromUtf16(settings_keys::timerInterval)),
+                                 1.0);
 }
 
 double ApplicationSettings::maximumGapLength() const {
-    return orDefaultWhenZero(storedDouble(QString::fromUtf16(settings_keys::maximumGapLength)),
-                             60.0);
+    return orDefaultWhenUnusable(storedDouble(QString::fromUtf16(settings_keys::maximumGapLength)),
+                                 60.0);
 }
 
 double ApplicationSettings::minimumDurationToRecord() const {
-    return orDefaultWhenZero(
+    return orDefaultWhenUnusable(
         storedDouble(QString::fromUtf16(settings_keys::minimumDurationToRecord)), 1.0);
 }
 
 double ApplicationSettings::minimumDurationToDisplay() const {
-    return std::max(storedDouble(QString::fromUtf16(settings_keys::minimumDurationToDisplay)), 1.0);
+    return std::max(
+        orDefaultWhenUnusable(
+            storedDouble(QString::fromUtf16(settings_keys::minimumDurationToDisplay)), 1.0),
+        1.0);
 }
 
 void ApplicationSettings::setTimerInterval(double seconds) {

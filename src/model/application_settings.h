@@ -33,12 +33,13 @@ public:
 
     ~ApplicationSettings() override;
 
-    // An absent key or a stored 0 reads as the default (1.0, 60.0, 1.0); any other stored value,
-    // even one below 1.0 written by hand, is answered as it stands.
+    // An absent key, a stored 0, and a value that is no finite number, negative or longer than a
+    // day read as the default (1.0, 60.0, 1.0); any other stored value, even one below 1.0
+    // written by hand, is answered as it stands.
     double timerInterval() const;
     double maximumGapLength() const;
     double minimumDurationToRecord() const;
-    // Every value below 1.0 reads as 1.0.
+    // Every value below 1.0 reads as 1.0; one that is unusable as above reads as 1.0 too.
     double minimumDurationToDisplay() const;
 
     // The setters never store less than 1.0.

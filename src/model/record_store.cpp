@@ -227,6 +227,51 @@ void prepareFile(const QString& path) {
     ::close(descriptor);
 }
 
+std::string temporaryTableDefinition(const KindSchema& schema) {
+    std::string definition = tableDefinition(schema);
+    definition.replace(0, std::strlen("CREATE TABLE"), "CREATE TEMP TABLE");
+    return definition;
+}
+
+// The record kinds whose tables the file lacks. Throws StoreError when the file is not a Kivo
+// store: it holds tables but no KivoMeta, or KivoMeta names no version or a newer one. A file
+// without any table (new, or zero bytes long) is an empty store.
+std::vector<std::string> missingKinds(SQLite::Database& database) {
+    std::vector<std::string> tables;
+    SQLite::Statement query(database,
+                            "SELECT name FROM sqlite_schema WHERE type = 'table' AND name NOT "
+                            "LIKE 'sqlite\\_%' ESCAPE '\\'");
+    while (query.executeStep()) {
+        tables.push_back(query.getColumn(0).getString());
+    }
+    const auto has = [&tables](const std::string& name) {
+        return std::find(tables.begin(), tables.end(), name) != tables.end();
+    };
+    if (!tables.empty()) {
+        if (!has("KivoMeta")) {
+            throw StoreError("the file is not a Kivo store (it holds other tables)");
+        }
+        SQLite::Statement version(database,
+                                  "SELECT value FROM KivoMeta WHERE key = 'schemaVersion'");
+        if (!version.executeStep()) {
+            throw StoreError("the store has no schema version");
+        }
+        const std::string stored = version.getColumn(0).getString();
+        if (compareVersions(stored, RecordStore::schemaVersion) > 0) {
+            throw StoreError("the store has schema version " + stored +
+                             ", newer than this version of Kivo reads (" +
+                             RecordStore::schemaVersion + ")");
+        }
+    }
+    std::vector<std::string> missing;
+    for (const auto& schema : schemas()) {
+        if (!has(schema.kind)) {
+            missing.push_back(schema.kind);
+        }
+    }
+    return missing;
+}
+
 }  // namespace
 
 Query live() {
@@ -254,11 +299,11 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             flags = SQLite::OPEN_READWRITE;
         }
         // One thread owns the connection, so SQLite's own locking would only cost time.
-        auto database = std::make_unique<SQLite::Database>(path.toStdString(),
-                                                           flags | SQLite::OPEN_NOMUTEX, 5000);
-        // Reading the schema fails at once on a file that is not a database.
-        database->exec("SELECT count(*) FROM sqlite_schema");
-
+        auto database = std::make_unique<SQLite::Database>(
+            path.toStdString(), flags | SQLite::OPEN_NOMUTEX, defaultBusyTimeout);
+        // Nothing is written before the file is known to be Kivo's, so that a file that is not
+        // (or is a newer Kivo's) is left exactly as it was.
+        const auto missing = missingKinds(*database);
         if (mode == Mode::ReadWrite) {
             database->exec("PRAGMA journal_mode = WAL");
             database->exec("PRAGMA synchronous = FULL");
@@ -275,19 +320,24 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
                 database->exec(index);
             }
             transaction.commit();
-        }
-
-        SQLite::Statement version(*database,
-                                  "SELECT value FROM KivoMeta WHERE key = 'schemaVersion'");
-        if (!version.executeStep()) {
-            throw StoreError("the store has no schema version");
-        }
-        const std::string stored = version.getColumn(0).getString();
-        if (compareVersions(stored, schemaVersion) > 0) {
-            throw StoreError("the store has schema version " + stored +
-                             ", newer than this version of Kivo reads (" + schemaVersion + ")");
+        } else if (missing.size() == schemas().size()) {
+            // A store the tracker has not filled yet reads as one without records.
+            for (const auto& schema : schemas()) {
+                database->exec(temporaryTableDefinition(schema));
+            }
+        } else if (!missing.empty()) {
+            // Some kinds without the others would make totals point at rules that are not there.
+            throw StoreError("the store lacks its tables " + joined(missing, ", "));
         }
         return std::unique_ptr<RecordStore>(new RecordStore(std::move(database)));
+    } catch (const SQLite::Exception& error) {
+        throw StoreError(error.what());
+    }
+}
+
+void RecordStore::setBusyTimeout(std::chrono::milliseconds timeout) {
+    try {
+        database_->setBusyTimeout(static_cast<int>(timeout.count()));
     } catch (const SQLite::Exception& error) {
         throw StoreError(error.what());
     }

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QUuid>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -62,9 +63,12 @@ public:
 
     static constexpr const char* schemaVersion = "1.0.0";
 
+    static constexpr int defaultBusyTimeout = 5000;  // milliseconds
+
     // Opens the store at `path`, creating it (folder 0700, file 0600) in ReadWrite mode. Throws
-    // StoreError with the reason when the file cannot be opened, is not a store, or was written
-    // by a newer schema.
+    // StoreError with the reason when the file cannot be opened, is not a Kivo store, or was
+    // written by a newer schema; such a file is left untouched. Read-only, a store without any
+    // record table reads as empty, and one that lacks some of them is refused.
     static std::unique_ptr<RecordStore> open(const QString& path, Mode mode = Mode::ReadWrite);
 
     // $XDG_DATA_HOME/Kivo/kivo.sqlite, by default ~/.local/share/Kivo/kivo.sqlite.
@@ -99,6 +103,9 @@ public:
         });
         return records;
     }
+
+    // How long a write waits for another connection's lock before it fails with StoreError.
+    void setBusyTimeout(std::chrono::milliseconds timeout);
 
     // Commits the open batch; does nothing when there is none. On failure the batch is rolled
     // back and StoreError says why.

@@ -13,9 +13,14 @@ namespace kivo {
 
 namespace {
 
-QHash<QUuid, std::int64_t> durationByFilterOn(RecordStore& store, QDate day) {
+// The day's seconds of each counted filter; the records of other filters add to no sum.
+QHash<QUuid, std::int64_t> durationByFilterOn(RecordStore& store, QDate day,
+                                              const QSet<QUuid>& counted) {
     QHash<QUuid, std::int64_t> durations;
     for (const auto& usage : store.fetch<TagUsage>(liveCreatedWithin(localDay(day)))) {
+        if (!counted.contains(usage.filterId)) {
+            continue;
+        }
         auto& sum = durations[usage.filterId];
         sum = checkedAdd(sum, usage.duration);
     }
@@ -32,7 +37,7 @@ ProjectBarChart computeProjectBarChart(RecordStore& store, const ReportSelection
     std::int64_t periodMaximum = 0;
     for (const QDate day : chartDays(today, daysAgo)) {
         const QString label = dayLabel(day);
-        const auto durationByFilter = durationByFilterOn(store, day);
+        const auto durationByFilter = durationByFilterOn(store, day, counted);
         std::int64_t dayTotal = 0;
         bool hasSegment = false;
         for (const auto& project : selection.projects) {

@@ -147,11 +147,19 @@ void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate m
     if (projects_.empty()) {
         return;
     }
+    // Only the filters of the tree are summed: a record of any other adds to no node.
     QHash<QUuid, std::int64_t> durationByFilter;
+    for (const auto& project : projects_) {
+        for (const auto& filter : project.filters) {
+            durationByFilter.insert(filter.id, 0);
+        }
+    }
     for (const auto& usage :
          store_.fetch<TagUsage>(liveCreatedWithin(localDays(minSelectedDate, maxSelectedDate)))) {
-        auto& sum = durationByFilter[usage.filterId];
-        sum = checkedAdd(sum, usage.duration);
+        const auto sum = durationByFilter.find(usage.filterId);
+        if (sum != durationByFilter.end()) {
+            *sum = checkedAdd(*sum, usage.duration);
+        }
     }
     std::int64_t total = 0;
     for (auto& project : projects_) {

@@ -3,7 +3,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <cmath>
+#include <QSet>
 
 namespace kivo {
 
@@ -56,15 +56,17 @@ public:
 
     bool flag(QStringView key) { return field(key, QJsonValue::Bool).toBool(); }
 
+    // Exact: an integer the parser kept as one, or a whole number written with a fraction or an
+    // exponent that fits. Never through a double, which would round large values.
     std::int64_t integer(QStringView key) {
         const QJsonValue value = field(key, QJsonValue::Double);
-        const double number = value.toDouble();
-        if (!std::isfinite(number) || std::trunc(number) != number ||
-            number < -9.2233720368547758e18 || number >= 9.2233720368547758e18) {
+        // toInteger answers its default for anything that is not a whole 64-bit number; two
+        // different defaults tell such a value from one that equals either.
+        const qint64 number = value.toInteger(0);
+        if (number != value.toInteger(1)) {
             ok_ = false;
-            return 0;
         }
-        return value.toInteger(static_cast<qint64>(number));
+        return number;
     }
 
     QJsonArray array(QStringView key) { return field(key, QJsonValue::Array).toArray(); }
@@ -82,17 +84,29 @@ private:
     bool ok_;
 };
 
-std::optional<FilterTreeItem> decodeFilter(const QJsonValue& value) {
+// Every id the document names so far; one named twice makes the document unusable, since the
+// tree would count that project or filter twice.
+using SeenIds = QSet<QUuid>;
+
+bool isNew(SeenIds& seen, const QUuid& id) {
+    if (seen.contains(id)) {
+        return false;
+    }
+    seen.insert(id);
+    return true;
+}
+
+std::optional<FilterTreeItem> decodeFilter(const QJsonValue& value, SeenIds& seen) {
     ObjectReader reader(value);
     FilterTreeItem filter;
     filter.id = reader.id(u"id");
     filter.name = reader.text(u"name");
     filter.duration = reader.integer(u"duration");
     filter.isToggled = reader.flag(u"isToggled");
-    return reader.ok() ? std::optional(filter) : std::nullopt;
+    return reader.ok() && isNew(seen, filter.id) ? std::optional(filter) : std::nullopt;
 }
 
-std::optional<ProjectTreeItem> decodeProject(const QJsonValue& value) {
+std::optional<ProjectTreeItem> decodeProject(const QJsonValue& value, SeenIds& seen) {
     ObjectReader reader(value);
     ProjectTreeItem project;
     project.id = reader.id(u"id");
@@ -102,11 +116,11 @@ std::optional<ProjectTreeItem> decodeProject(const QJsonValue& value) {
     project.isArchived = reader.flag(u"isArchived");
     project.isToggled = reader.flag(u"isToggled");
     const QJsonArray filters = reader.array(u"filters");
-    if (!reader.ok()) {
+    if (!reader.ok() || !isNew(seen, project.id)) {
         return std::nullopt;
     }
     for (const auto& filterValue : filters) {
-        auto filter = decodeFilter(filterValue);
+        auto filter = decodeFilter(filterValue, seen);
         if (!filter) {
             return std::nullopt;
         }
@@ -132,8 +146,9 @@ std::optional<std::vector<ProjectTreeItem>> decodeSavedTree(const QByteArray& do
         return std::nullopt;
     }
     std::vector<ProjectTreeItem> projects;
+    SeenIds seen;
     for (const auto& value : parsed.array()) {
-        auto project = decodeProject(value);
+        auto project = decodeProject(value, seen);
         if (!project) {
             return std::nullopt;
         }

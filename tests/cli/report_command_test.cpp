@@ -1,11 +1,14 @@
 #include "cli/report_command.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <algorithm>
 #include <cstdio>
 
 #include "model/local_day.h"
@@ -133,6 +136,47 @@ TEST_F(ReportCommand, UsageErrorsAndMissingOrUnopenableStores) {
         EXPECT_TRUE(unopenable.output.empty()) << "standard output is the report or nothing";
         EXPECT_EQ(unopenable.errors.rfind("Could not create ModelContainer: ", 0), 0u)
             << unopenable.errors;
+    }
+}
+
+TEST_F(ReportCommand, StoreMadeUnusableGivesAnEmptyReportOrOneLineAndNeverAnAbort) {
+    const QByteArray sample = contentsOf(home.storePath());
+    const char* allTables =
+        "DROP TABLE Project; DROP TABLE Filter; DROP TABLE Activity; DROP TABLE TagUsage; "
+        "DROP TABLE AppUsage; DROP TABLE WebUsage;";
+    const struct {
+        const char* change;  // nullptr: the file is emptied to zero bytes
+        const char* error;   // nullptr: an empty report
+    } cases[] = {
+        {allTables, nullptr},
+        {nullptr, nullptr},
+        {"DROP TABLE Filter", "Could not create ModelContainer: the store lacks its tables Filter"},
+        {"DROP TABLE KivoMeta", "Could not create ModelContainer: the file is not a Kivo store"},
+        {"UPDATE KivoMeta SET value = '2.0.0'", "newer than this version of Kivo reads"},
+    };
+    for (const auto& [change, error] : cases) {
+        SCOPED_TRACE(change ? change : "zero bytes");
+        QFile file(home.storePath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(change ? sample : QByteArray());
+        file.close();
+        if (change) {
+            SQLite::Database(home.storePath().toStdString(), SQLite::OPEN_READWRITE).exec(change);
+        }
+        const QByteArray before = contentsOf(home.storePath());
+        const auto result = run({u"--json"_qs});
+        EXPECT_EQ(result.signal, 0);
+        if (error == nullptr) {
+            EXPECT_EQ(result.exitCode, 0) << result.errors;
+            const auto report = QJsonDocument::fromJson(QByteArray::fromStdString(result.output));
+            EXPECT_TRUE(report[u"tree"][u"projects"].toArray().isEmpty());
+        } else {
+            EXPECT_EQ(result.exitCode, 1);
+            EXPECT_TRUE(result.output.empty());
+            EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1);
+            EXPECT_THAT(result.errors, testing::HasSubstr(error));
+        }
+        EXPECT_EQ(contentsOf(home.storePath()), before);
     }
 }
 

@@ -1,5 +1,7 @@
 // The real `kivo` binary recording real terminals in a private X session, and the store it leaves.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -72,6 +74,33 @@ protected:
         return QString::fromLatin1(process.readAllStandardOutput().trimmed());
     }
 
+    void startWindowManager() {
+        start(QStringLiteral("openbox --sm-disable"));
+        test::FakeWindowManager probe(server_.displayName());
+        for (const QDeadlineTimer deadline(20'000); !probe.isManaged(); QThread::msleep(50)) {
+            QFile log(logFile());
+            ASSERT_FALSE(deadline.hasExpired())
+                << "openbox " << (started_[0]->isRunning() ? "runs" : "ended") << ":\n"
+                << (log.open(QIODevice::ReadOnly) ? log.readAll().toStdString() : "");
+        }
+    }
+
+    // Waits until Kivo has prepared its store: it holds the unassigned project.
+    void waitForTheStore() {
+        for (const QDeadlineTimer deadline(30'000);; QThread::msleep(100)) {
+            try {
+                if (QFile::exists(storePath()) &&
+                    !RecordStore::open(storePath(), RecordStore::Mode::ReadOnly)
+                         ->fetch<Project>()
+                         .empty()) {
+                    return;
+                }
+            } catch (const StoreError&) {
+            }
+            ASSERT_FALSE(deadline.hasExpired()) << "Kivo prepared no store";
+        }
+    }
+
     // Opens an xterm titled `title`; returns its window once it is mapped and has the focus.
     QString openTerminal(const QString& title) {
         start(QStringLiteral("xterm -T %1 -e sleep 600").arg(title));
@@ -84,35 +113,32 @@ protected:
     std::vector<std::unique_ptr<ScopedProcess>> started_;
 };
 
-TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
-    start(QStringLiteral("openbox --sm-disable"));
-    test::FakeWindowManager probe(server_.displayName());
-    for (const QDeadlineTimer deadline(20'000); !probe.isManaged(); QThread::msleep(50)) {
-        QFile log(logFile());
-        ASSERT_FALSE(deadline.hasExpired())
-            << "openbox " << (started_[0]->isRunning() ? "runs" : "ended") << ":\n"
-            << (log.open(QIODevice::ReadOnly) ? log.readAll().toStdString() : "");
-    }
+TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
+    startWindowManager();
     const QString one = openTerminal(QStringLiteral("kivo-e2e-one"));
     const QString two = openTerminal(QStringLiteral("kivo-e2e-two"));
     ApplicationSettings::openFile(home_.filePath(QStringLiteral("config/Kivo/Kivo.conf")))
         ->setMaximumGapLength(2.0);
+    {
+        // A rule with a faulty pattern makes Kivo print a line for every capture it writes.
+        auto faulty = newRecord<Filter>(SystemClock().now());
+        faulty.appBundleId = QStringLiteral("debian-xterm");
+        faulty.matchExpressionOfTitle = QStringLiteral("(");
+        faulty.isTitleRegexOn = true;
+        const auto store = RecordStore::open(storePath());
+        store->insert(faulty);
+        store->save();
+    }
 
     xdotool(QStringLiteral("windowactivate --sync ") + one);
-    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_);
-    // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
-    for (const QDeadlineTimer deadline(30'000);; QThread::msleep(100)) {
-        try {
-            if (QFile::exists(storePath()) &&
-                !RecordStore::open(storePath(), RecordStore::Mode::ReadOnly)
-                     ->fetch<Filter>()
-                     .empty()) {
-                break;
-            }
-        } catch (const StoreError&) {
-        }
-        ASSERT_FALSE(deadline.hasExpired()) << "Kivo prepared no store";
-    }
+    // Kivo's standard output is a pipe whose reader has gone before it starts.
+    int output[2];
+    ASSERT_EQ(::pipe2(output, O_CLOEXEC), 0);
+    ::close(output[0]);
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_, QString(),
+                       [writeEnd = output[1]] { ::dup2(writeEnd, STDOUT_FILENO); });
+    ::close(output[1]);
+    waitForTheStore();
     // The first tick may come before this poll has seen the store.
     const double ready = toEpochSeconds(SystemClock().now());
     const Moment started{ready - 1.0, ready};
@@ -127,19 +153,23 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     xdotool(QStringLiteral("windowactivate --sync ") + one, &backToOne);
     // Long enough for the renamed capture to be unseen for more than the gap of 2 s.
     QThread::msleep(4'500);
-    EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
+    // A closed terminal ends Kivo cleanly; the diagnostics nobody could read cost it nothing.
+    Moment stopped{toEpochSeconds(SystemClock().now()), 0.0};
+    EXPECT_EQ(kivo.stop(SIGHUP), 0) << kivo.process().readAllStandardError().toStdString();
+    stopped.after = toEpochSeconds(SystemClock().now());
 
-    // The second stretch of "one" is still open when Kivo ends, and open captures are not kept.
+    // The second stretch of "one" was still open at the end, and is recorded all the same.
     const auto store = RecordStore::open(storePath(), RecordStore::Mode::ReadOnly);
     const auto activities = store->fetch<Activity>({"", {}, "startAt"});
-    ASSERT_EQ(activities.size(), 3u);
+    ASSERT_EQ(activities.size(), 4u);
     const struct {
         const char* title;
         Moment from;
         Moment to;
     } expected[] = {{"kivo-e2e-one", started, toTwo},
                     {"kivo-e2e-two", toTwo, renamed},
-                    {"kivo-e2e-two-renamed", renamed, backToOne}};
+                    {"kivo-e2e-two-renamed", renamed, backToOne},
+                    {"kivo-e2e-one", backToOne, stopped}};
     // A tick comes once a second, so each edge is seen up to a tick late; the first stretch starts
     // a tick or so after the store is ready, and a busy machine adds a little everywhere.
     constexpr double tick = 1.0;
@@ -162,8 +192,10 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
             // The first tick of a stretch opens the capture; every later one adds a second.
             const double shown = (to.before + to.after - from.before - from.after) / 2;
             const double vagueness = (to.after - to.before + from.after - from.before) / 2;
-            EXPECT_NEAR(static_cast<double>(activity.duration), shown - tick,
-                        tick + slack + vagueness);
+            // The last stretch ends at its last sample, up to a tick before the stop.
+            const double cut = i + 1 == activities.size() ? tick : 0.0;
+            EXPECT_NEAR(static_cast<double>(activity.duration), shown - tick - cut / 2,
+                        tick + slack + vagueness + cut / 2);
         }
     }
 
@@ -172,6 +204,69 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     EXPECT_EQ(totalDuration(store->fetch<AppUsage>()), recorded);
     EXPECT_EQ(totalDuration(store->fetch<TagUsage>()), recorded);
     EXPECT_EQ(totalDuration(store->fetch<WebUsage>()), recorded);
+}
+
+TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecording) {
+    startWindowManager();
+    const QString other = openTerminal(QStringLiteral("kivo-e2e-other"));
+    const QString solo = openTerminal(QStringLiteral("kivo-e2e-solo"));
+    ApplicationSettings::openFile(home_.filePath(QStringLiteral("config/Kivo/Kivo.conf")))
+        ->setMaximumGapLength(1.0);
+    std::vector<std::unique_ptr<ScopedProcess>> trackers;
+    for (int started = 0; started < 2; ++started) {  // at the same moment
+        trackers.push_back(std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY),
+                                                           QStringList(), environment_));
+    }
+    const auto refusedOne = [&]() -> ScopedProcess* {
+        for (const auto& tracker : trackers) {
+            // Waiting lets the process object notice that its program has ended.
+            if (!tracker->isRunning() || tracker->process().waitForFinished(50)) {
+                return tracker.get();
+            }
+        }
+        return nullptr;
+    };
+    for (const QDeadlineTimer deadline(30'000); refusedOne() == nullptr; QThread::msleep(100)) {
+        ASSERT_FALSE(deadline.hasExpired()) << "both trackers run";
+    }
+    waitForTheStore();
+    // One started while the first records is refused the same way.
+    trackers.push_back(
+        std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY), QStringList(), environment_));
+    ASSERT_TRUE(trackers.back()->process().waitForFinished(30'000));
+    // Stretches of the solo window, each written once it is left for longer than the gap, until
+    // one is in the store (a loaded machine may start ticking late).
+    const auto activities = [this] {
+        return RecordStore::open(storePath(), RecordStore::Mode::ReadOnly)
+            ->fetch<Activity>({"", {}, "startAt"});
+    };
+    for (const QDeadlineTimer deadline(60'000); activities().empty();) {
+        ASSERT_FALSE(deadline.hasExpired()) << "nothing recorded";
+        QThread::msleep(2'500);
+        xdotool(QStringLiteral("windowactivate --sync ") + other);
+        QThread::msleep(2'000);
+        xdotool(QStringLiteral("windowactivate --sync ") + solo);
+    }
+
+    ScopedProcess* const refused = refusedOne();
+    ScopedProcess* const recording =
+        refused == trackers[0].get() ? trackers[1].get() : trackers[0].get();
+    ASSERT_TRUE(recording->isRunning());
+    for (ScopedProcess* second : {refused, trackers[2].get()}) {
+        EXPECT_EQ(second->process().exitCode(), 1);
+        const QByteArray error = second->process().readAllStandardError();
+        EXPECT_EQ(error.count('\n'), 1) << error.toStdString();
+        EXPECT_TRUE(error.contains("Kivo is already recording")) << error.toStdString();
+    }
+    EXPECT_EQ(recording->stop(SIGTERM), 0);
+
+    const auto store = RecordStore::open(storePath(), RecordStore::Mode::ReadOnly);
+    EXPECT_EQ(store->fetch<Project>().size(), 1u) << "one unassigned project";
+    // One recorder: no span of time is written twice.
+    const auto written = activities();
+    for (std::size_t i = 1; i < written.size(); ++i) {
+        EXPECT_GE(written[i].startAt, written[i - 1].endAt) << written[i].title.toStdString();
+    }
 }
 
 TEST_F(RecordingTest, WithoutADesktopToRecordSaysSoInOneLineAndRecordsNothing) {

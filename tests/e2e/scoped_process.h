@@ -2,21 +2,27 @@
 
 #include <QProcess>
 #include <csignal>
+#include <functional>
 #include <memory>
 
 namespace kivo::test {
 
 // A child process that ends with the object, by its own process id (SIGTERM, then SIGKILL), so that
-// failed tests leave nothing behind. `outputFile` spares a talkative daemon a pipe nobody reads.
+// failed tests leave nothing behind. `outputFile` spares a talkative daemon a pipe nobody reads;
+// `inChild` runs in the child just before the program starts (to rearrange its descriptors).
 class ScopedProcess {
 public:
     ScopedProcess(const QString& program, const QStringList& arguments,
                   const QProcessEnvironment& environment = QProcessEnvironment::systemEnvironment(),
-                  const QString& outputFile = QString()) {
+                  const QString& outputFile = QString(),
+                  const std::function<void()>& inChild = {}) {
         process_->setProcessEnvironment(environment);
         if (!outputFile.isEmpty()) {
             process_->setProcessChannelMode(QProcess::MergedChannels);
             process_->setStandardOutputFile(outputFile, QIODevice::Append);
+        }
+        if (inChild) {
+            process_->setChildProcessModifier(inChild);
         }
         process_->start(program, arguments);
         process_->waitForStarted(10'000);

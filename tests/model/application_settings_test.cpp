@@ -2,8 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QSettings>
 #include <QSignalSpy>
+#include <array>
 
 #include "model/application_state.h"
 #include "support/temp_home.h"
@@ -49,6 +53,37 @@ TEST(ApplicationSettings, ReadersReplaceOnlyAZeroExceptTheDisplayMinimum) {
     EXPECT_EQ(settings->minimumDurationToDisplay(), 1.0);
     EXPECT_EQ(settings->minimumDurationToRecord(), 0.5);
     EXPECT_EQ(settings->timerInterval(), 1.0);
+}
+
+TEST(ApplicationSettings, HandWrittenValuesThatAreNoUsableDurationReadAsDefaults) {
+    // The text after "=" in a settings file written by hand, and what the four readers answer:
+    // timer interval, gap, minimum to record, minimum to display.
+    const std::pair<const char*, std::array<double, 4>> cases[] = {
+        {"-1", {1, 60, 1, 1}},         {"-100", {1, 60, 1, 1}},
+        {"nan", {1, 60, 1, 1}},        {"inf", {1, 60, 1, 1}},
+        {"-inf", {1, 60, 1, 1}},       {"1e308", {1, 60, 1, 1}},
+        {"-1e308", {1, 60, 1, 1}},     {"eleven", {1, 60, 1, 1}},
+        {"86401", {1, 60, 1, 1}},      {"0", {1, 60, 1, 1}},
+        {"0.2", {0.2, 0.2, 0.2, 1}},   {"86400", {86400, 86400, 86400, 86400}},
+        {"2.5", {2.5, 2.5, 2.5, 2.5}},
+    };
+    for (const auto& [text, expected] : cases) {
+        TempHome home;
+        QDir().mkpath(QFileInfo(home.settingsPath()).path());
+        QFile file(home.settingsPath());
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray("[General]\n"));
+        for (const char* key : {"timerInterval", "maximumGapLength", "minimumDurationToRecord",
+                                "minimumDurationToDisplay"}) {
+            file.write(QByteArray(key) + '=' + text + '\n');
+        }
+        file.close();
+        const auto settings = home.openSettings();
+        const std::array<double, 4> read{settings->timerInterval(), settings->maximumGapLength(),
+                                         settings->minimumDurationToRecord(),
+                                         settings->minimumDurationToDisplay()};
+        EXPECT_EQ(read, expected) << text;
+    }
 }
 
 TEST(ApplicationSettings, SavedTreeMustBeAByteArrayValue) {

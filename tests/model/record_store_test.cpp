@@ -1,9 +1,11 @@
 #include "model/record_store.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -157,21 +159,93 @@ TEST(RecordStore, RangeQueryIsHalfOpenAndSkipsDeleted) {
     EXPECT_EQ(durations, (std::vector<std::int64_t>{99'999, 0}));
 }
 
-TEST(RecordStore, RefusesWhatItCannotOpen) {
-    TempHome home;
-    home.openStore();
-    SQLite::Database(home.storePath().toStdString(), SQLite::OPEN_READWRITE)
-        .exec("UPDATE KivoMeta SET value = '1.10.0' WHERE key = 'schemaVersion'");
-    EXPECT_THROW(home.openStore(), StoreError);
+QByteArray contentsOf(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
-    TempHome other;
-    EXPECT_THROW(RecordStore::open(other.storePath(), RecordStore::Mode::ReadOnly), StoreError);
-    QDir().mkpath(QFileInfo(other.storePath()).path());
-    QFile garbage(other.storePath());
-    ASSERT_TRUE(garbage.open(QIODevice::WriteOnly));
-    garbage.write(QByteArray(4096, 'x'));
-    garbage.close();
-    EXPECT_THROW(other.openStore(), StoreError);
+// A file at the store's place as something else left it: `sql` run on a fresh SQLite file, or
+// the bytes themselves.
+void leaveFile(const TempHome& home, const char* sql, const QByteArray& bytes = {}) {
+    QDir().mkpath(QFileInfo(home.storePath()).path());
+    if (sql != nullptr) {
+        SQLite::Database(home.storePath().toStdString(),
+                         SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+            .exec(sql);
+        return;
+    }
+    QFile file(home.storePath());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+TEST(RecordStore, RecognisesItsOwnFilesAndLeavesOthersByteForByte) {
+    const char* ownMeta =
+        "CREATE TABLE KivoMeta (key TEXT PRIMARY KEY, value TEXT NOT NULL);"
+        "INSERT INTO KivoMeta VALUES ('schemaVersion', '1.0.0');";
+    const struct {
+        const char* name;
+        std::string sql;  // empty: the bytes below
+        QByteArray bytes;
+        const char* writeError;  // nullptr: the tracker opens it and adds its tables
+        const char* readError;   // nullptr: it reads as a store, empty when it has no tables
+    } cases[] = {
+        {"zero bytes", "", "", nullptr, nullptr},
+        {"meta without record tables", ownMeta, {}, nullptr, nullptr},
+        {"meta with some record tables",
+         std::string(ownMeta) + "CREATE TABLE Project (id TEXT);",
+         {},
+         nullptr,
+         "lacks its tables Filter, Activity, TagUsage, AppUsage, WebUsage"},
+        {"another program's database",
+         "CREATE TABLE notes (text TEXT); INSERT INTO notes "
+         "VALUES ('mine');",
+         {},
+         "not a Kivo store",
+         "not a Kivo store"},
+        {"a newer Kivo's store",
+         "CREATE TABLE KivoMeta (key TEXT PRIMARY KEY, value TEXT NOT NULL);"
+         "INSERT INTO KivoMeta VALUES ('schemaVersion', '1.10.0');",
+         {},
+         "newer",
+         "newer"},
+        {"meta without a version",
+         "CREATE TABLE KivoMeta (key TEXT, value TEXT);",
+         {},
+         "no schema version",
+         "no schema version"},
+        {"not a database", "", QByteArray(4096, 'x'), "not a database", "not a database"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        TempHome home;
+        leaveFile(home, c.sql.empty() ? nullptr : c.sql.c_str(), c.bytes);
+        const QByteArray before = contentsOf(home.storePath());
+        const auto opened = [&](RecordStore::Mode mode, const char* error) {
+            try {
+                const auto store = RecordStore::open(home.storePath(), mode);
+                EXPECT_EQ(error, nullptr);
+                EXPECT_TRUE(store->fetch<Filter>().empty());
+            } catch (const StoreError& refused) {
+                EXPECT_NE(error, nullptr) << refused.what();
+                EXPECT_THAT(refused.what(), testing::HasSubstr(error ? error : ""));
+            }
+        };
+        opened(RecordStore::Mode::ReadOnly, c.readError);
+        EXPECT_EQ(contentsOf(home.storePath()), before) << "reading changes nothing";
+        opened(RecordStore::Mode::ReadWrite, c.writeError);
+        if (c.writeError != nullptr) {
+            EXPECT_EQ(contentsOf(home.storePath()), before);
+            EXPECT_FALSE(QFile::exists(home.storePath() + u"-wal"));
+        } else {
+            EXPECT_EQ(SQLite::Database(home.storePath().toStdString())
+                          .execAndGet("SELECT count(*) FROM sqlite_schema WHERE name = 'WebUsage'")
+                          .getInt(),
+                      1);
+        }
+    }
+    TempHome none;
+    EXPECT_THROW(RecordStore::open(none.storePath(), RecordStore::Mode::ReadOnly), StoreError);
 }
 
 TEST(RecordStore, UnopenableStoreEndsTheProcessWithTheFatalMessage) {
@@ -184,6 +258,32 @@ TEST(RecordStore, UnopenableStoreEndsTheProcessWithTheFatalMessage) {
     EXPECT_NE(result.exitCode, 0);
     EXPECT_EQ(result.output.rfind("Could not create ModelContainer: ", 0), 0u) << result.output;
     EXPECT_GT(result.output.size(), std::string("Could not create ModelContainer: ").size() + 1);
+}
+
+TEST(StoreLock, OneRecorderPerStoreUntilItLetsGo) {
+    TempHome home;
+    const auto lockedElsewhere = [&] {
+        return test::runInChild([&] {
+                   return StoreLock::tryAcquire(home.storePath()) ? 0 : 3;
+               }).exitCode == 3;
+    };
+    auto held = StoreLock::tryAcquire(home.storePath());
+    ASSERT_TRUE(held);
+    EXPECT_TRUE(lockedElsewhere());
+    EXPECT_FALSE(StoreLock::tryAcquire(home.storePath())) << "within one process too";
+
+    const auto second = test::runInChild([&] {
+        const auto lock = lockStoreOrExit(home.storePath());
+        openStoreOrExit(home.storePath());
+        return 0;
+    });
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_EQ(second.errors,
+              "kivo: Kivo is already recording into " + home.storePath().toStdString() + "\n");
+    EXPECT_FALSE(QFile::exists(home.storePath())) << "nothing written";
+
+    held.reset();
+    EXPECT_FALSE(lockedElsewhere());
 }
 
 TEST(RecordTexts, ChoiceFieldsShowTheirPickerTexts) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "reports/percentage.h"
 #include "reports/productivity.h"
 #include "reports/productivity_score.h"
@@ -73,6 +75,27 @@ TEST(DayBars, FollowTheLocalDaysAcrossTheClockChange) {
     EXPECT_EQ(scores, (QStringList{u"10/31 0 0"_qs, u"11/1 37 37"_qs, u"11/2 100 100"_qs}));
     EXPECT_TRUE(productivityBars(*h.store, h.tree.reportSelection(), h.today, 0).empty());
     EXPECT_DEATH(productivityBars(*h.store, h.tree.reportSelection(), h.today, -1), "negative");
+}
+
+TEST(DayBars, SumOnlyTheCountedFiltersAndTheTreeOnlyItsOwn) {
+    test::TreeHarness h("UTC", QDate(2026, 5, 4));
+    const Instant morning = localMoment(h.today, 9);
+    const std::int64_t half = std::numeric_limits<std::int64_t>::max() / 2 + 1;
+    Filter notInTree = h.s.code;
+    notInTree.id = QUuid::createUuid();
+    h.records.tagUsage(h.s.code, 60, morning);
+    for (int twice = 0; twice < 2; ++twice) {
+        h.records.tagUsage(notInTree, half, morning);
+    }
+    h.buildTree();
+    EXPECT_EQ(h.tree.durationTotal(), 60);
+    // Records of the untoggled Mail and of the archived Hobby's Guitar would overflow a sum.
+    h.tree.applySelection({h.s.code.id, h.s.guitar.id});
+    for (const Filter& notCounted : {h.s.mail, h.s.guitar, h.s.mail, h.s.guitar}) {
+        h.records.tagUsage(notCounted, half, morning);
+    }
+    h.records.save();
+    EXPECT_EQ(segments(h, 1), (QStringList{u"5/4 Work 60 0"_qs, u"5/4 Home 0 60"_qs}));
 }
 
 // A group is pooled into "Misc." at 3 percent or less; a pool of at most 0.05 percent is dropped.

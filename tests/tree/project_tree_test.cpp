@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSettings>
+#include <limits>
 
 #include "tree/duration_label.h"
 #include "tree/saved_tree_document.h"
@@ -144,6 +145,26 @@ TEST(SavedTreeDocument, AnyMissingKeyOrMistypedValueRejectsTheWholeDocument) {
     }
     for (const char* document : {"{}", "[1]", "[{]", "", "\xff\xfe"}) {
         EXPECT_FALSE(decodeSavedTree(document)) << document;
+    }
+}
+
+TEST(SavedTreeDocument, DurationsAreExactIntegersAndAnIdNamedTwiceRejectsTheDocument) {
+    auto tree = sampleTree();
+    tree[0].filters[0].duration = std::numeric_limits<std::int64_t>::max();
+    tree[0].filters[1].duration = std::numeric_limits<std::int64_t>::min();
+    EXPECT_EQ(decodeSavedTree(encodeSavedTree(tree)), tree);
+    EXPECT_EQ(decodeSavedTree(changed(u"filter.duration=1.2e3"_qs))->at(0).filters[1].duration,
+              1200);
+    EXPECT_FALSE(decodeSavedTree(changed(u"duration=9223372036854775808"_qs)));
+
+    auto filterTwice = tree;
+    filterTwice[0].filters[1].id = tree[0].filters[0].id;
+    auto filterInTwoProjects = tree;
+    filterInTwoProjects[1].filters.push_back(tree[0].filters[0]);
+    auto projectTwice = tree;
+    projectTwice[1].id = tree[0].id;
+    for (const auto& twice : {filterTwice, filterInTwoProjects, projectTwice}) {
+        EXPECT_FALSE(decodeSavedTree(encodeSavedTree(twice)));
     }
 }
 
