@@ -99,6 +99,13 @@ constexpr const char* indexDefinitions[] = {
     "CREATE INDEX IF NOT EXISTS AppUsage_createdAt ON AppUsage (createdAt)",
     "CREATE INDEX IF NOT EXISTS WebUsage_createdAt ON WebUsage (createdAt)",
     "CREATE INDEX IF NOT EXISTS Activity_startAt ON Activity (startAt)",
+    // The reports read a range of daily totals through these alone, never touching the rows.
+    "CREATE INDEX IF NOT EXISTS TagUsage_report ON TagUsage "
+    "(createdAt, isDeleted, filterId, projectId, duration)",
+    "CREATE INDEX IF NOT EXISTS AppUsage_report ON AppUsage "
+    "(createdAt, isDeleted, filterId, appBundleId, appName, duration)",
+    "CREATE INDEX IF NOT EXISTS WebUsage_report ON WebUsage "
+    "(createdAt, isDeleted, filterId, domainName, duration)",
 };
 
 std::string uuidText(const QUuid& uuid) {
@@ -364,6 +371,37 @@ void RecordStore::select(const char* kind, const Query& query,
             onRow(reader);
         }
         // Ends the statement's read snapshot at once, so that other connections may checkpoint.
+        prepared.reset();
+    } catch (const SQLite::Exception& error) {
+        throw StoreError(error.what());
+    }
+}
+
+std::string_view RowCells::text(int column) const {
+    const auto cell = statement_.getColumn(column);
+    const char* text = cell.getText();
+    return {text, static_cast<std::size_t>(cell.getBytes())};
+}
+
+std::int64_t RowCells::integer(int column) const {
+    return statement_.getColumn(column).getInt64();
+}
+
+double RowCells::real(int column) const {
+    return statement_.getColumn(column).getDouble();
+}
+
+void RecordStore::read(const std::string& sql, const std::vector<SqlValue>& bindings,
+                       const std::function<void(const RowCells&)>& onRow) {
+    try {
+        auto& prepared = statement(sql);
+        for (std::size_t i = 0; i < bindings.size(); ++i) {
+            bindValue(prepared, static_cast<int>(i + 1), bindings[i]);
+        }
+        const RowCells cells(prepared);
+        while (prepared.executeStep()) {
+            onRow(cells);
+        }
         prepared.reset();
     } catch (const SQLite::Exception& error) {
         throw StoreError(error.what());

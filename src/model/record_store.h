@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -54,6 +55,20 @@ public:
     virtual void read(int column, Instant& value) const = 0;
 };
 
+// The cells of the current row of a narrow read, by column index. A text stays valid until the
+// next row.
+class RowCells {
+public:
+    explicit RowCells(SQLite::Statement& statement) : statement_(statement) {}
+
+    std::string_view text(int column) const;
+    std::int64_t integer(int column) const;
+    double real(int column) const;
+
+private:
+    SQLite::Statement& statement_;
+};
+
 // The record store: one SQLite file with a table per record kind. Changes are gathered into a
 // batch (one transaction) that save() commits as a whole; a batch not saved is rolled back.
 class RecordStore {
@@ -99,6 +114,11 @@ public:
         });
         return records;
     }
+
+    // Runs a read of the caller's own (selected columns, aggregates) and hands over each row.
+    // Reports read only the few columns they need, which is much cheaper than whole records.
+    void read(const std::string& sql, const std::vector<SqlValue>& bindings,
+              const std::function<void(const RowCells&)>& onRow);
 
     // Commits the open batch; does nothing when there is none. On failure the batch is rolled
     // back and StoreError says why.

@@ -6,6 +6,7 @@
 #include "model/checked_arithmetic.h"
 #include "model/fatal.h"
 #include "model/local_day.h"
+#include "model/range_totals.h"
 #include "model/record_store.h"
 #include "tree/list_move.h"
 #include "tree/saved_tree_document.h"
@@ -148,10 +149,9 @@ void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate m
         return;
     }
     QHash<QUuid, std::int64_t> durationByFilter;
-    for (const auto& usage :
-         store_.fetch<TagUsage>(liveCreatedWithin(localDays(minSelectedDate, maxSelectedDate)))) {
-        auto& sum = durationByFilter[usage.filterId];
-        sum = checkedAdd(sum, usage.duration);
+    for (const auto& group : tagUsageGroups(store_, localDays(minSelectedDate, maxSelectedDate))) {
+        auto& sum = durationByFilter[group.filterId];
+        sum = checkedAdd(sum, group.duration);
     }
     std::int64_t total = 0;
     for (auto& project : projects_) {
