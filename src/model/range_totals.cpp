@@ -23,6 +23,23 @@ std::string rangeSql(const char* kind, const char* columns) {
 class TextNumbers {
 public:
     std::uint32_t numberOf(std::string_view text) {
+        // Neighbouring totals often share a filter: the index orders a moment's totals by it.
+        if (!texts_.empty() && text == lastText_) {
+            return lastNumber_;
+        }
+        lastNumber_ = lookUp(text);
+        lastText_ = std::string_view(texts_[lastNumber_].constData(),
+                                     static_cast<std::size_t>(texts_[lastNumber_].size()));
+        return lastNumber_;
+    }
+    const QByteArray& text(std::uint32_t number) const { return texts_[number]; }
+    QUuid uuid(std::uint32_t number) const {
+        return QUuid::fromString(QLatin1StringView(text(number)));
+    }
+    std::size_t size() const { return texts_.size(); }
+
+private:
+    std::uint32_t lookUp(std::string_view text) {
         const auto raw = QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size()));
         const auto found = numbers_.constFind(raw);
         if (found != numbers_.constEnd()) {
@@ -33,15 +50,11 @@ public:
         numbers_.insert(texts_.back(), number);
         return number;
     }
-    const QByteArray& text(std::uint32_t number) const { return texts_[number]; }
-    QUuid uuid(std::uint32_t number) const {
-        return QUuid::fromString(QLatin1StringView(text(number)));
-    }
-    std::size_t size() const { return texts_.size(); }
 
-private:
     QHash<QByteArray, std::uint32_t> numbers_;
     std::vector<QByteArray> texts_;
+    std::string_view lastText_;
+    std::uint32_t lastNumber_ = 0;
 };
 
 // Sums a range's live totals by filter (column 0) and key (column 1); column 2 is the duration,

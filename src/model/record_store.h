@@ -18,6 +18,7 @@ namespace SQLite {
 class Database;
 class Statement;
 }  // namespace SQLite
+struct sqlite3_stmt;
 
 namespace kivo {
 
@@ -59,14 +60,14 @@ public:
 // next row.
 class RowCells {
 public:
-    explicit RowCells(SQLite::Statement& statement) : statement_(statement) {}
+    explicit RowCells(sqlite3_stmt* statement) : statement_(statement) {}
 
     std::string_view text(int column) const;
     std::int64_t integer(int column) const;
     double real(int column) const;
 
 private:
-    SQLite::Statement& statement_;
+    sqlite3_stmt* statement_;
 };
 
 // The record store: one SQLite file with a table per record kind. Changes are gathered into a
@@ -153,6 +154,12 @@ private:
 
     std::unique_ptr<SQLite::Database> database_;
     std::vector<std::pair<std::string, std::unique_ptr<SQLite::Statement>>> statements_;
+    // Narrow reads step through SQLite's own interface: its column accessors cost a fraction of
+    // the wrapper's, which matters over a year of totals.
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    std::vector<std::pair<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>>> reads_;
     bool inBatch_ = false;
 };
 
