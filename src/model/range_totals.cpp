@@ -1,9 +1,10 @@
 #include "model/range_totals.h"
 
-#include <QByteArray>
-#include <QHash>
 #include <algorithm>
+#include <functional>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "model/checked_arithmetic.h"
 #include "model/record_store.h"
@@ -18,42 +19,46 @@ std::string rangeSql(const char* kind, const char* columns) {
            " WHERE isDeleted = 0 AND createdAt >= ? AND createdAt < ?";
 }
 
+QString utf8(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QUuid uuidOf(std::string_view text) {
+    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
+}
+
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+        return std::hash<std::string_view>{}(text);
+    }
+};
+
 // Dense numbers for the distinct texts of a column, so that a range of totals is grouped without
 // making a string for every row.
 class TextNumbers {
 public:
     std::uint32_t numberOf(std::string_view text) {
         // Neighbouring totals often share a filter: the index orders a moment's totals by it.
-        if (!texts_.empty() && text == lastText_) {
+        if (!texts_.empty() && text == texts_[lastNumber_]) {
             return lastNumber_;
         }
-        lastNumber_ = lookUp(text);
-        lastText_ = std::string_view(texts_[lastNumber_].constData(),
-                                     static_cast<std::size_t>(texts_[lastNumber_].size()));
+        const auto found = numbers_.find(text);
+        if (found != numbers_.end()) {
+            lastNumber_ = found->second;
+        } else {
+            lastNumber_ = static_cast<std::uint32_t>(texts_.size());
+            // The map's nodes stay put, so their keys can be viewed by number.
+            texts_.push_back(numbers_.emplace(std::string(text), lastNumber_).first->first);
+        }
         return lastNumber_;
     }
-    const QByteArray& text(std::uint32_t number) const { return texts_[number]; }
-    QUuid uuid(std::uint32_t number) const {
-        return QUuid::fromString(QLatin1StringView(text(number)));
-    }
+    std::string_view text(std::uint32_t number) const { return texts_[number]; }
     std::size_t size() const { return texts_.size(); }
 
 private:
-    std::uint32_t lookUp(std::string_view text) {
-        const auto raw = QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size()));
-        const auto found = numbers_.constFind(raw);
-        if (found != numbers_.constEnd()) {
-            return *found;
-        }
-        const auto number = static_cast<std::uint32_t>(texts_.size());
-        texts_.emplace_back(text.data(), static_cast<qsizetype>(text.size()));
-        numbers_.insert(texts_.back(), number);
-        return number;
-    }
-
-    QHash<QByteArray, std::uint32_t> numbers_;
-    std::vector<QByteArray> texts_;
-    std::string_view lastText_;
+    std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> numbers_;
+    std::vector<std::string_view> texts_;
     std::uint32_t lastNumber_ = 0;
 };
 
@@ -65,23 +70,22 @@ std::vector<Group> groupsOf(RecordStore& store, const std::string& sql, const Da
                             int positionColumn, Make make, Rename rename) {
     TextNumbers filters;
     TextNumbers keys;
-    QHash<quint64, std::size_t> groupOfPair;
+    std::unordered_map<std::uint64_t, std::size_t> groupOfPair;
     std::vector<Group> groups;
     store.read(sql, {range.begin, range.end}, [&](const RowCells& row) {
         const std::uint32_t filter = filters.numberOf(row.text(0));
         const std::uint32_t key = keys.numberOf(row.text(1));
-        const quint64 pair = quint64{filter} << 32 | key;
+        const std::uint64_t pair = std::uint64_t{filter} << 32 | key;
         const std::int64_t duration = row.integer(2);
         const StorePosition position{row.real(positionColumn), row.integer(positionColumn + 1)};
-        const auto found = groupOfPair.constFind(pair);
-        if (found == groupOfPair.constEnd()) {
-            groupOfPair.insert(pair, groups.size());
-            groups.push_back(make(filters.uuid(filter), keys.text(key), row));
+        const auto [found, isNew] = groupOfPair.try_emplace(pair, groups.size());
+        if (isNew) {
+            groups.push_back(make(uuidOf(filters.text(filter)), keys.text(key), row));
             groups.back().duration = duration;
             groups.back().first = position;
             return;
         }
-        Group& group = groups[*found];
+        Group& group = groups[found->second];
         group.duration = checkedAdd(group.duration, duration);
         if (position < group.first) {
             group.first = position;
@@ -116,27 +120,18 @@ std::vector<AppUsageGroup> appUsageGroups(RecordStore& store, const DayRange& ra
     static const std::string sql = rangeSql("AppUsage", "filterId, appBundleId, duration, appName");
     return groupsOf<AppUsageGroup>(
         store, sql, range, 4,
-        [](const QUuid& filterId, const QByteArray& bundleId, const RowCells& row) {
-            const auto name = row.text(3);
-            return AppUsageGroup{
-                filterId,
-                QString::fromUtf8(bundleId),
-                QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())),
-                0,
-                {}};
+        [](const QUuid& filterId, std::string_view bundleId, const RowCells& row) {
+            return AppUsageGroup{filterId, utf8(bundleId), utf8(row.text(3)), 0, {}};
         },
-        [](AppUsageGroup& group, const RowCells& row) {
-            const auto name = row.text(3);
-            group.appName = QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
-        });
+        [](AppUsageGroup& group, const RowCells& row) { group.appName = utf8(row.text(3)); });
 }
 
 std::vector<WebUsageGroup> webUsageGroups(RecordStore& store, const DayRange& range) {
     static const std::string sql = rangeSql("WebUsage", "filterId, domainName, duration");
     return groupsOf<WebUsageGroup>(
         store, sql, range, 3,
-        [](const QUuid& filterId, const QByteArray& domainName, const RowCells&) {
-            return WebUsageGroup{filterId, QString::fromUtf8(domainName), 0, {}};
+        [](const QUuid& filterId, std::string_view domainName, const RowCells&) {
+            return WebUsageGroup{filterId, utf8(domainName), 0, {}};
         },
         [](WebUsageGroup&, const RowCells&) {});
 }
@@ -145,8 +140,8 @@ std::vector<TagUsageGroup> tagUsageGroups(RecordStore& store, const DayRange& ra
     static const std::string sql = rangeSql("TagUsage", "filterId, projectId, duration");
     return groupsOf<TagUsageGroup>(
         store, sql, range, 3,
-        [](const QUuid& filterId, const QByteArray& projectId, const RowCells&) {
-            return TagUsageGroup{filterId, QUuid::fromString(QLatin1StringView(projectId)), 0, {}};
+        [](const QUuid& filterId, std::string_view projectId, const RowCells&) {
+            return TagUsageGroup{filterId, uuidOf(projectId), 0, {}};
         },
         [](TagUsageGroup&, const RowCells&) {});
 }
@@ -178,10 +173,10 @@ TagUsageDays tagUsageDays(RecordStore& store, QDate first, QDate last) {
     putInStoreOrder(rows);
 
     for (std::uint32_t i = 0; i < filters.size(); ++i) {
-        days.filterIds.push_back(filters.uuid(i));
+        days.filterIds.push_back(uuidOf(filters.text(i)));
     }
     for (std::uint32_t i = 0; i < projects.size(); ++i) {
-        days.projectIds.push_back(projects.uuid(i));
+        days.projectIds.push_back(uuidOf(projects.text(i)));
     }
     // Local days differ in length across clock changes, so each day's end is asked for.
     days.entries.reserve(rows.size());
