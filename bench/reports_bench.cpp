@@ -11,6 +11,9 @@
 #include <memory>
 #include <random>
 
+#include "cli/report_arguments.h"
+#include "cli/report_contents.h"
+#include "cli/report_json.h"
 #include "model/application_settings.h"
 #include "model/local_day.h"
 #include "model/record_store.h"
@@ -170,11 +173,18 @@ void seedStoreIfMissing() {
 // The store, a scratch settings file and a tree built from the records, shared by every case.
 struct Fixture {
     Fixture()
-        : store(RecordStore::open(storePath, RecordStore::Mode::ReadOnly)),
+        : store(openUpToDate()),
           settings(ApplicationSettings::openFile(scratch.filePath(QStringLiteral("Kivo.conf")))),
           clock(momentOf(lastDay, 12 * 3600)),
           tree(*store, *settings, clock) {
         tree.buildTreeFromRecords();
+    }
+
+    // A store cached by an older build gets this build's indexes, as the tracker's start gives
+    // them; then it is read as `kivo report` reads it.
+    static std::unique_ptr<RecordStore> openUpToDate() {
+        RecordStore::open(storePath);
+        return RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
     }
 
     QTemporaryDir scratch;
@@ -189,13 +199,15 @@ Fixture& fixture() {
     return instance;
 }
 
-// Argument 0: the last day, 1: its month (30 days), 2: its year (365 days).
+// Argument 0: the last day, 1: its month (30 days), 2: its year (365 days), 3: three years,
+// 4: all five years.
 QDate rangeStart(std::int64_t range) {
-    return lastDay.addDays(range == 0 ? 0 : range == 1 ? -29 : -364);
+    constexpr int daysBack[] = {0, 29, 364, 3 * 365 - 1, 0};
+    return range == 4 ? firstDay : lastDay.addDays(-daysBack[range]);
 }
 
 void applyRanges(benchmark::internal::Benchmark* benchmark) {
-    benchmark->ArgName("range")->Arg(0)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+    benchmark->ArgName("range")->DenseRange(0, 4)->Unit(benchmark::kMillisecond);
 }
 
 void treeDurations(benchmark::State& state) {
@@ -244,6 +256,33 @@ void productivityChart(benchmark::State& state) {
 }
 BENCHMARK(productivityChart)->ArgName("days")->Arg(7)->Arg(30)->Unit(benchmark::kMillisecond);
 
+// The score of every day of the range, as `kivo report` lists them.
+void dayScores(benchmark::State& state) {
+    auto& f = fixture();
+    for (auto _ : state) {
+        const auto scores =
+            productivityOfDays(*f.store, productivityInputs(*f.store, f.tree.reportSelection()),
+                               rangeStart(state.range(0)), lastDay);
+        benchmark::DoNotOptimize(scores.back().score);
+    }
+}
+BENCHMARK(dayScores)->Apply(applyRanges);
+
+// Everything `kivo report --json` computes and writes, but starting the process and reading the
+// settings file.
+void wholeReportJson(benchmark::State& state) {
+    auto& f = fixture();
+    ReportArguments arguments;
+    arguments.from = rangeStart(state.range(0));
+    arguments.to = lastDay;
+    arguments.isJson = true;
+    for (auto _ : state) {
+        const auto json = reportJson(collectReport(*f.store, *f.settings, f.clock, arguments));
+        benchmark::DoNotOptimize(json.size());
+    }
+}
+BENCHMARK(wholeReportJson)->Apply(applyRanges);
+
 void projectChart(benchmark::State& state) {
     auto& f = fixture();
     for (auto _ : state) {
@@ -254,6 +293,25 @@ void projectChart(benchmark::State& state) {
 }
 BENCHMARK(projectChart)->ArgName("days")->Arg(7)->Arg(30)->Unit(benchmark::kMillisecond);
 
+// With KIVO_REPORTS_JSON_DIR set, writes the JSON of a day, a month and a year there, so that two
+// builds can be compared on the same store.
+void writeReportsForComparison() {
+    const QString folder = qEnvironmentVariable("KIVO_REPORTS_JSON_DIR");
+    if (folder.isEmpty()) {
+        return;
+    }
+    auto& f = fixture();
+    for (int range = 0; range <= 2; ++range) {
+        ReportArguments arguments;
+        arguments.from = rangeStart(range);
+        arguments.to = lastDay;
+        QFile file(QStringLiteral("%1/range%2.json").arg(folder).arg(range));
+        if (file.open(QIODevice::WriteOnly)) {
+            file.write(reportJson(collectReport(*f.store, *f.settings, f.clock, arguments)));
+        }
+    }
+}
+
 }  // namespace
 }  // namespace kivo
 
@@ -261,6 +319,7 @@ int main(int argc, char* argv[]) {
     QCoreApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
     kivo::seedStoreIfMissing();
+    kivo::writeReportsForComparison();
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     return 0;

@@ -1,10 +1,10 @@
 #include "cli/report_contents.h"
 
+#include "cli/report_arguments.h"
 #include "model/instant.h"
 #include "model/local_day.h"
 #include "reports/productivity_score.h"
 #include "tree/project_tree_view_model.h"
-#include "cli/report_arguments.h"
 
 namespace kivo {
 
@@ -23,15 +23,17 @@ ReportContents collectReport(RecordStore& store, ApplicationSettings& settings, 
     contents.tree = {tree.roots().front(), tree.durationTotal(), tree.isShowArchivedProject(),
                      tree.projects(), tree.enableFilters()};
     const ReportSelection selection = tree.reportSelection();
-    contents.applications = computeApplicationReport(store, selection, arguments.from, arguments.to);
+    contents.applications =
+        computeApplicationReport(store, selection, arguments.from, arguments.to);
     contents.websites = computeWebsiteReport(store, selection, arguments.from, arguments.to);
     contents.tags = computeFilterReport(store, selection, arguments.from, arguments.to);
     contents.projects = computeProjectReport(store, selection, arguments.from, arguments.to);
 
-    const ProductivityInputs inputs = productivityInputs(store, selection);
-    for (QDate day = arguments.from; day <= arguments.to; day = day.addDays(1)) {
-        const DayProductivity productivity = dayProductivity(store, inputs, day);
-        contents.dayScores.push_back({day, productivity.score, productivity.duration});
+    const auto scores = productivityOfDays(store, productivityInputs(store, selection),
+                                           arguments.from, arguments.to);
+    for (std::size_t i = 0; i < scores.size(); ++i) {
+        contents.dayScores.push_back(
+            {arguments.from.addDays(static_cast<qint64>(i)), scores[i].score, scores[i].duration});
     }
     contents.productivityBars = productivityBars(store, selection, today, arguments.days);
     contents.projectBars = computeProjectBarChart(store, selection, today, arguments.days);

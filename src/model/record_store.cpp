@@ -2,6 +2,7 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -99,6 +100,13 @@ constexpr const char* indexDefinitions[] = {
     "CREATE INDEX IF NOT EXISTS AppUsage_createdAt ON AppUsage (createdAt)",
     "CREATE INDEX IF NOT EXISTS WebUsage_createdAt ON WebUsage (createdAt)",
     "CREATE INDEX IF NOT EXISTS Activity_startAt ON Activity (startAt)",
+    // The reports read a range of daily totals through these alone, never touching the rows.
+    "CREATE INDEX IF NOT EXISTS TagUsage_report ON TagUsage "
+    "(createdAt, isDeleted, filterId, projectId, duration)",
+    "CREATE INDEX IF NOT EXISTS AppUsage_report ON AppUsage "
+    "(createdAt, isDeleted, filterId, appBundleId, appName, duration)",
+    "CREATE INDEX IF NOT EXISTS WebUsage_report ON WebUsage "
+    "(createdAt, isDeleted, filterId, domainName, duration)",
 };
 
 std::string uuidText(const QUuid& uuid) {
@@ -417,6 +425,92 @@ void RecordStore::select(const char* kind, const Query& query,
         prepared.reset();
     } catch (const SQLite::Exception& error) {
         throw StoreError(error.what());
+    }
+}
+
+std::string_view RowCells::text(int column) const {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement_, column));
+    if (text == nullptr) {
+        return {};
+    }
+    return {text, static_cast<std::size_t>(sqlite3_column_bytes(statement_, column))};
+}
+
+std::int64_t RowCells::integer(int column) const {
+    return sqlite3_column_int64(statement_, column);
+}
+
+double RowCells::real(int column) const {
+    return sqlite3_column_double(statement_, column);
+}
+
+void RecordStore::Finalizer::operator()(sqlite3_stmt* statement) const {
+    sqlite3_finalize(statement);
+}
+
+void RecordStore::read(const std::string& sql, const std::vector<SqlValue>& bindings,
+                       const std::function<void(const RowCells&)>& onRow) {
+    sqlite3* connection = database_->getHandle();
+    const auto fail = [connection]() { throw StoreError(sqlite3_errmsg(connection)); };
+    auto found = std::find_if(reads_.begin(), reads_.end(),
+                              [&sql](const auto& entry) { return entry.first == sql; });
+    if (found == reads_.end()) {
+        sqlite3_stmt* prepared = nullptr;
+        if (sqlite3_prepare_v3(connection, sql.c_str(), static_cast<int>(sql.size()),
+                               SQLITE_PREPARE_PERSISTENT, &prepared, nullptr) != SQLITE_OK) {
+            sqlite3_finalize(prepared);
+            fail();
+        }
+        reads_.emplace_back(sql, std::unique_ptr<sqlite3_stmt, Finalizer>(prepared));
+        found = std::prev(reads_.end());
+    }
+    sqlite3_stmt* statement = found->second.get();
+    // Resetting at the end, whatever happens, ends the read snapshot at once, so that other
+    // connections may checkpoint.
+    const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> resetAtEnd(statement,
+                                                                           sqlite3_reset);
+    sqlite3_clear_bindings(statement);
+    for (std::size_t i = 0; i < bindings.size(); ++i) {
+        const int index = static_cast<int>(i + 1);
+        const int bound = std::visit(
+            [&](const auto& v) {
+                using Value = std::decay_t<decltype(v)>;
+                if constexpr (std::is_same_v<Value, std::monostate>) {
+                    return sqlite3_bind_null(statement, index);
+                } else if constexpr (std::is_same_v<Value, bool>) {
+                    return sqlite3_bind_int(statement, index, v ? 1 : 0);
+                } else if constexpr (std::is_same_v<Value, std::int64_t>) {
+                    return sqlite3_bind_int64(statement, index, v);
+                } else if constexpr (std::is_same_v<Value, double>) {
+                    return sqlite3_bind_double(statement, index, v);
+                } else if constexpr (std::is_same_v<Value, Instant>) {
+                    return sqlite3_bind_double(statement, index, toEpochSeconds(v));
+                } else {
+                    std::string text;
+                    if constexpr (std::is_same_v<Value, QUuid>) {
+                        text = uuidText(v);
+                    } else {
+                        text = v.toStdString();
+                    }
+                    return sqlite3_bind_text(statement, index, text.c_str(),
+                                             static_cast<int>(text.size()), SQLITE_TRANSIENT);
+                }
+            },
+            bindings[i]);
+        if (bound != SQLITE_OK) {
+            fail();
+        }
+    }
+    const RowCells cells(statement);
+    for (;;) {
+        const int stepped = sqlite3_step(statement);
+        if (stepped == SQLITE_DONE) {
+            return;
+        }
+        if (stepped != SQLITE_ROW) {
+            fail();
+        }
+        onRow(cells);
     }
 }
 

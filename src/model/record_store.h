@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace SQLite {
 class Database;
 class Statement;
 }  // namespace SQLite
+struct sqlite3_stmt;
 
 namespace kivo {
 
@@ -53,6 +55,20 @@ public:
     virtual void read(int column, bool& value) const = 0;
     virtual void read(int column, std::int64_t& value) const = 0;
     virtual void read(int column, Instant& value) const = 0;
+};
+
+// The cells of the current row of a narrow read, by column index. A text stays valid until the
+// next row.
+class RowCells {
+public:
+    explicit RowCells(sqlite3_stmt* statement) : statement_(statement) {}
+
+    std::string_view text(int column) const;
+    std::int64_t integer(int column) const;
+    double real(int column) const;
+
+private:
+    sqlite3_stmt* statement_;
 };
 
 // The record store: one SQLite file with a table per record kind. Changes are gathered into a
@@ -107,6 +123,11 @@ public:
     // How long a write waits for another connection's lock before it fails with StoreError.
     void setBusyTimeout(std::chrono::milliseconds timeout);
 
+    // Runs a read of the caller's own (selected columns, aggregates) and hands over each row.
+    // Reports read only the few columns they need, which is much cheaper than whole records.
+    void read(const std::string& sql, const std::vector<SqlValue>& bindings,
+              const std::function<void(const RowCells&)>& onRow);
+
     // Commits the open batch; does nothing when there is none. On failure the batch is rolled
     // back and StoreError says why.
     void save();
@@ -140,6 +161,12 @@ private:
 
     std::unique_ptr<SQLite::Database> database_;
     std::vector<std::pair<std::string, std::unique_ptr<SQLite::Statement>>> statements_;
+    // Narrow reads step through SQLite's own interface: its column accessors cost a fraction of
+    // the wrapper's, which matters over a year of totals.
+    struct Finalizer {
+        void operator()(sqlite3_stmt* statement) const;
+    };
+    std::vector<std::pair<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>>> reads_;
     bool inBatch_ = false;
 };
 

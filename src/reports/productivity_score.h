@@ -33,6 +33,11 @@ struct DayProductivity {
 
 // A total whose filter has no rating, an overflowing sum or a score out of range stops the program.
 DayProductivity dayProductivity(RecordStore& store, const ProductivityInputs& inputs, QDate day);
+// Each day from `first` to `last` in order, from one read of the whole range; none when `last` is
+// before `first`.
+std::vector<DayProductivity> productivityOfDays(RecordStore& store,
+                                                const ProductivityInputs& inputs, QDate first,
+                                                QDate last);
 
 // Sets today's score, then today's duration text.
 void refreshProductivity(Productivity& productivity, RecordStore& store,

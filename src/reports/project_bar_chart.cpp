@@ -4,8 +4,7 @@
 #include <QUuid>
 
 #include "model/checked_arithmetic.h"
-#include "model/local_day.h"
-#include "model/record_store.h"
+#include "model/range_totals.h"
 #include "reports/chart_days.h"
 #include "tree/report_selection.h"
 
@@ -13,19 +12,45 @@ namespace kivo {
 
 namespace {
 
-// The day's seconds of each counted filter; the records of other filters add to no sum.
-QHash<QUuid, std::int64_t> durationByFilterOn(RecordStore& store, QDate day,
-                                              const QSet<QUuid>& counted) {
-    QHash<QUuid, std::int64_t> durations;
-    for (const auto& usage : store.fetch<TagUsage>(liveCreatedWithin(localDay(day)))) {
-        if (!counted.contains(usage.filterId)) {
-            continue;
+// The seconds of each counted filter on each day of the chart, from one read of the whole period;
+// the totals of other filters add to no sum.
+class DailyFilterDurations {
+public:
+    DailyFilterDurations(RecordStore& store, const std::vector<QDate>& days,
+                         const QSet<QUuid>& counted) {
+        if (days.empty()) {
+            return;
         }
-        auto& sum = durations[usage.filterId];
-        sum = checkedAdd(sum, usage.duration);
+        const TagUsageDays totals = tagUsageDays(store, days.front(), days.back());
+        filterCount_ = totals.filterIds.size();
+        for (std::size_t i = 0; i < filterCount_; ++i) {
+            filterNumbers_.insert(totals.filterIds[i], i);
+        }
+        durations_.assign(static_cast<std::size_t>(totals.dayCount) * filterCount_, 0);
+        std::vector<bool> isCounted;
+        for (const auto& filterId : totals.filterIds) {
+            isCounted.push_back(counted.contains(filterId));
+        }
+        for (const auto& entry : totals.entries) {
+            if (!isCounted[entry.filter]) {
+                continue;
+            }
+            auto& sum =
+                durations_[static_cast<std::size_t>(entry.day) * filterCount_ + entry.filter];
+            sum = checkedAdd(sum, entry.duration);
+        }
     }
-    return durations;
-}
+
+    std::int64_t on(std::size_t day, const QUuid& filterId) const {
+        const auto number = filterNumbers_.constFind(filterId);
+        return number == filterNumbers_.constEnd() ? 0 : durations_[day * filterCount_ + *number];
+    }
+
+private:
+    std::size_t filterCount_ = 0;
+    QHash<QUuid, std::size_t> filterNumbers_;
+    std::vector<std::int64_t> durations_;
+};
 
 }  // namespace
 
@@ -35,9 +60,10 @@ ProjectBarChart computeProjectBarChart(RecordStore& store, const ReportSelection
     const QSet<QUuid> counted(enabled.begin(), enabled.end());
     ProjectBarChart chart;
     std::int64_t periodMaximum = 0;
-    for (const QDate day : chartDays(today, daysAgo)) {
-        const QString label = dayLabel(day);
-        const auto durationByFilter = durationByFilterOn(store, day, counted);
+    const auto days = chartDays(today, daysAgo);
+    const DailyFilterDurations durations(store, days, counted);
+    for (std::size_t day = 0; day < days.size(); ++day) {
+        const QString label = dayLabel(days[day]);
         std::int64_t dayTotal = 0;
         bool hasSegment = false;
         for (const auto& project : selection.projects) {
@@ -47,7 +73,7 @@ ProjectBarChart computeProjectBarChart(RecordStore& store, const ReportSelection
             std::int64_t projectSum = 0;
             for (const auto& filter : project.filters) {
                 if (filter.isToggled && counted.contains(filter.id)) {
-                    const std::int64_t duration = durationByFilter.value(filter.id);
+                    const std::int64_t duration = durations.on(day, filter.id);
                     projectSum = checkedAdd(projectSum, duration);
                     dayTotal = checkedAdd(dayTotal, duration);
                 }

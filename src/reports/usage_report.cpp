@@ -7,7 +7,7 @@
 #include "model/checked_arithmetic.h"
 #include "model/fatal.h"
 #include "model/local_day.h"
-#include "model/record_store.h"
+#include "model/range_totals.h"
 #include "reports/percentage.h"
 #include "tree/report_selection.h"
 
@@ -33,36 +33,49 @@ void sortLargestFirst(std::vector<Row>& rows) {
                      [](const Row& a, const Row& b) { return a.duration > b.duration; });
 }
 
-// The steps every report shares. `keyOf` gives a record's group, `rowOf` the first row of a
-// group, `miscRow` the chart's pool of small groups.
-template <class Record, class Row, class KeyOf, class RowOf, class MiscRow>
-UsageReport<Row> computeReport(RecordStore& store, const ReportSelection& selection, QDate minDate,
-                               QDate maxDate, KeyOf keyOf, RowOf rowOf, MiscRow miscRow) {
-    const auto& enabled = selection.enableFilters;
-    const QSet<QUuid> counted(enabled.begin(), enabled.end());
+// The steps every report shares, over the range's totals already summed per filter and key.
+// `keyOf` gives a group's row key, `rowOf` the row that the first group of a key starts,
+// `miscRow` the chart's pool of small groups.
+template <class Row, class Group, class KeyOf, class RowOf, class MiscRow>
+UsageReport<Row> computeReport(const std::vector<Group>& groups, KeyOf keyOf, RowOf rowOf,
+                               MiscRow miscRow) {
 
-    std::vector<Row> rows;
-    QHash<decltype(keyOf(std::declval<const Record&>())), std::size_t> rowByKey;
+    // A row stands where its earliest counted total stands in store order, and that total names
+    // it, as if the totals were read one by one.
+    struct Merged {
+        const Group* first;
+        std::int64_t duration;
+    };
+    std::vector<Merged> merged;
+    QHash<decltype(keyOf(std::declval<const Group&>())), std::size_t> mergedByKey;
     std::int64_t total = 0;
-    for (const auto& record : store.fetch<Record>(liveCreatedWithin(localDays(minDate, maxDate)))) {
-        if (!counted.contains(record.filterId)) {
-            continue;
-        }
-        const auto key = keyOf(record);
-        const auto found = rowByKey.constFind(key);
-        if (found != rowByKey.constEnd()) {
-            Row& row = rows[*found];
-            row.duration = checkedAdd(row.duration, record.duration);
+    for (const auto& group : groups) {
+        const auto key = keyOf(group);
+        const auto found = mergedByKey.constFind(key);
+        if (found != mergedByKey.constEnd()) {
+            Merged& row = merged[*found];
+            row.duration = checkedAdd(row.duration, group.duration);
+            if (group.first < row.first->first) {
+                row.first = &group;
+            }
         } else {
-            rowByKey.insert(key, rows.size());
-            rows.push_back(rowOf(record));
+            mergedByKey.insert(key, merged.size());
+            merged.push_back({&group, group.duration});
         }
-        total = checkedAdd(total, record.duration);
+        total = checkedAdd(total, group.duration);
     }
+    std::sort(merged.begin(), merged.end(),
+              [](const Merged& a, const Merged& b) { return a.first->first < b.first->first; });
 
     UsageReport<Row> report;
-    std::copy_if(rows.begin(), rows.end(), std::back_inserter(report.tableDataSet),
-                 [](const Row& row) { return row.duration != 0; });
+    for (const auto& each : merged) {
+        // Made also for a row that is then dropped: its names must be known all the same.
+        Row row = rowOf(*each.first);
+        row.duration = each.duration;
+        if (row.duration != 0) {
+            report.tableDataSet.push_back(std::move(row));
+        }
+    }
     report.durationTotal = total == 0 ? 1 : total;
 
     std::int64_t remainder = 0;
@@ -81,6 +94,10 @@ UsageReport<Row> computeReport(RecordStore& store, const ReportSelection& select
     return report;
 }
 
+QSet<QUuid> countedFilters(const ReportSelection& selection) {
+    return QSet<QUuid>(selection.enableFilters.begin(), selection.enableFilters.end());
+}
+
 QString misc() {
     return QStringLiteral("Misc.");
 }
@@ -90,11 +107,12 @@ QString misc() {
 UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
                                                      const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate) {
-    return computeReport<AppUsage, AppDisplayItem>(
-        store, selection, minDate, maxDate, [](const AppUsage& usage) { return usage.appBundleId; },
-        [](const AppUsage& usage) {
-            return AppDisplayItem{QUuid::createUuid(), usage.duration, usage.appName,
-                                  usage.appBundleId, usage.filterId};
+    return computeReport<AppDisplayItem>(
+        appUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
+        [](const AppUsageGroup& group) { return group.appBundleId; },
+        [](const AppUsageGroup& group) {
+            return AppDisplayItem{QUuid::createUuid(), 0, group.appName, group.appBundleId,
+                                  group.filterId};
         },
         [](std::int64_t remainder) {
             return AppDisplayItem{QUuid::createUuid(), remainder, misc(), QString(),
@@ -105,10 +123,11 @@ UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
 UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
                                                  const ReportSelection& selection, QDate minDate,
                                                  QDate maxDate) {
-    return computeReport<WebUsage, WebDisplayItem>(
-        store, selection, minDate, maxDate, [](const WebUsage& usage) { return usage.domainName; },
-        [](const WebUsage& usage) {
-            return WebDisplayItem{QUuid::createUuid(), usage.domainName, usage.duration};
+    return computeReport<WebDisplayItem>(
+        webUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
+        [](const WebUsageGroup& group) { return group.domainName; },
+        [](const WebUsageGroup& group) {
+            return WebDisplayItem{QUuid::createUuid(), group.domainName, 0};
         },
         [](std::int64_t remainder) {
             return WebDisplayItem{QUuid::createUuid(), misc(), remainder};
@@ -118,16 +137,17 @@ UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
 UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
                                                 const ReportSelection& selection, QDate minDate,
                                                 QDate maxDate) {
-    return computeReport<TagUsage, TagDisplayItem>(
-        store, selection, minDate, maxDate, [](const TagUsage& usage) { return usage.filterId; },
-        [&selection](const TagUsage& usage) {
+    return computeReport<TagDisplayItem>(
+        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
+        [](const TagUsageGroup& group) { return group.filterId; },
+        [&selection](const TagUsageGroup& group) {
             return TagDisplayItem{
-                QUuid::createUuid(), usage.duration,
-                requiredName(selection.projectNames, usage.projectId,
+                QUuid::createUuid(), 0,
+                requiredName(selection.projectNames, group.projectId,
                              "a counted tag usage names a project that the tree does not hold"),
-                requiredName(selection.tagNames, usage.filterId,
+                requiredName(selection.tagNames, group.filterId,
                              "a counted tag usage names a tag that the tree does not hold"),
-                usage.filterId};
+                group.filterId};
         },
         [](std::int64_t remainder) {
             return TagDisplayItem{QUuid::createUuid(), remainder, misc(), misc(),
@@ -138,14 +158,15 @@ UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
                                                      const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate) {
-    return computeReport<TagUsage, ProjectDisplayItem>(
-        store, selection, minDate, maxDate, [](const TagUsage& usage) { return usage.projectId; },
-        [&selection](const TagUsage& usage) {
+    return computeReport<ProjectDisplayItem>(
+        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
+        [](const TagUsageGroup& group) { return group.projectId; },
+        [&selection](const TagUsageGroup& group) {
             return ProjectDisplayItem{
-                QUuid::createUuid(), usage.duration,
-                requiredName(selection.projectNames, usage.projectId,
+                QUuid::createUuid(), 0,
+                requiredName(selection.projectNames, group.projectId,
                              "a counted tag usage names a project that the tree does not hold"),
-                usage.projectId};
+                group.projectId};
         },
         [](std::int64_t remainder) {
             return ProjectDisplayItem{QUuid::createUuid(), remainder, misc(), QUuid::createUuid()};

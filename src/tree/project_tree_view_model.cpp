@@ -6,6 +6,7 @@
 #include "model/checked_arithmetic.h"
 #include "model/fatal.h"
 #include "model/local_day.h"
+#include "model/range_totals.h"
 #include "model/record_store.h"
 #include "tree/list_move.h"
 #include "tree/saved_tree_document.h"
@@ -149,17 +150,16 @@ void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate m
     }
     // Only the filters of the tree are summed: a record of any other adds to no node.
     QHash<QUuid, std::int64_t> durationByFilter;
+    QSet<QUuid> treeFilters;
     for (const auto& project : projects_) {
         for (const auto& filter : project.filters) {
-            durationByFilter.insert(filter.id, 0);
+            treeFilters.insert(filter.id);
         }
     }
-    for (const auto& usage :
-         store_.fetch<TagUsage>(liveCreatedWithin(localDays(minSelectedDate, maxSelectedDate)))) {
-        const auto sum = durationByFilter.find(usage.filterId);
-        if (sum != durationByFilter.end()) {
-            *sum = checkedAdd(*sum, usage.duration);
-        }
+    for (const auto& group :
+         tagUsageGroups(store_, localDays(minSelectedDate, maxSelectedDate), treeFilters)) {
+        auto& sum = durationByFilter[group.filterId];
+        sum = checkedAdd(sum, group.duration);
     }
     std::int64_t total = 0;
     for (auto& project : projects_) {

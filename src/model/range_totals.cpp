@@ -1,0 +1,206 @@
+#include "model/range_totals.h"
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "model/checked_arithmetic.h"
+#include "model/record_store.h"
+
+namespace kivo {
+
+namespace {
+
+// The live totals of a range: the given columns, then the record's place in store order.
+std::string rangeSql(const char* kind, const char* columns) {
+    return "SELECT " + std::string(columns) + ", createdAt, rowid FROM " + kind +
+           " WHERE isDeleted = 0 AND createdAt >= ? AND createdAt < ?";
+}
+
+QString utf8(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QUuid uuidOf(std::string_view text) {
+    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
+}
+
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+        return std::hash<std::string_view>{}(text);
+    }
+};
+
+// Dense numbers for the distinct texts of a column, so that a range of totals is grouped without
+// making a string for every row.
+class TextNumbers {
+public:
+    std::uint32_t numberOf(std::string_view text) {
+        // Neighbouring totals often share a filter: the index orders a moment's totals by it.
+        if (!texts_.empty() && text == texts_[lastNumber_]) {
+            return lastNumber_;
+        }
+        const auto found = numbers_.find(text);
+        if (found != numbers_.end()) {
+            lastNumber_ = found->second;
+        } else {
+            lastNumber_ = static_cast<std::uint32_t>(texts_.size());
+            // The map's nodes stay put, so their keys can be viewed by number.
+            texts_.push_back(numbers_.emplace(std::string(text), lastNumber_).first->first);
+        }
+        return lastNumber_;
+    }
+    std::string_view text(std::uint32_t number) const { return texts_[number]; }
+    std::size_t size() const { return texts_.size(); }
+
+private:
+    std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> numbers_;
+    std::vector<std::string_view> texts_;
+    std::uint32_t lastNumber_ = 0;
+};
+
+// Sums a range's live totals by filter (column 0) and key (column 1); column 2 is the duration,
+// then come the position columns. `make` starts a group from its first row, `rename` takes the
+// names of a row that comes earlier in store order.
+template <class Group, class Make, class Rename>
+std::vector<Group> groupsOf(RecordStore& store, const std::string& sql, const DayRange& range,
+                            const QSet<QUuid>& countedFilters, int positionColumn, Make make,
+                            Rename rename) {
+    TextNumbers filters;
+    std::vector<bool> isFilterCounted;  // by filter number, decided once per filter
+    TextNumbers keys;
+    std::unordered_map<std::uint64_t, std::size_t> groupOfPair;
+    std::vector<Group> groups;
+    store.read(sql, {range.begin, range.end}, [&](const RowCells& row) {
+        const std::uint32_t filter = filters.numberOf(row.text(0));
+        if (filter == isFilterCounted.size()) {
+            isFilterCounted.push_back(countedFilters.contains(uuidOf(filters.text(filter))));
+        }
+        if (!isFilterCounted[filter]) {
+            return;
+        }
+        const std::uint32_t key = keys.numberOf(row.text(1));
+        const std::uint64_t pair = std::uint64_t{filter} << 32 | key;
+        const std::int64_t duration = row.integer(2);
+        const StorePosition position{row.real(positionColumn), row.integer(positionColumn + 1)};
+        const auto [found, isNew] = groupOfPair.try_emplace(pair, groups.size());
+        if (isNew) {
+            groups.push_back(make(uuidOf(filters.text(filter)), keys.text(key), row));
+            groups.back().duration = duration;
+            groups.back().first = position;
+            return;
+        }
+        Group& group = groups[found->second];
+        group.duration = checkedAdd(group.duration, duration);
+        if (position < group.first) {
+            group.first = position;
+            rename(group, row);
+        }
+    });
+    return groups;
+}
+
+// Store order within a range: the index hands totals out by creation moment; totals created in
+// the same moment go by insertion.
+template <class Raw>
+void putInStoreOrder(std::vector<Raw>& rows) {
+    const auto byPosition = [](const Raw& a, const Raw& b) { return a.position < b.position; };
+    const auto byMoment = [](const Raw& a, const Raw& b) {
+        return a.position.createdAt < b.position.createdAt;
+    };
+    if (!std::is_sorted(rows.begin(), rows.end(), byMoment)) {
+        std::sort(rows.begin(), rows.end(), byPosition);
+        return;
+    }
+    for (auto run = rows.begin(); run != rows.end();) {
+        const auto end = std::upper_bound(run, rows.end(), *run, byMoment);
+        std::sort(run, end, byPosition);
+        run = end;
+    }
+}
+
+}  // namespace
+
+std::vector<AppUsageGroup> appUsageGroups(RecordStore& store, const DayRange& range,
+                                           const QSet<QUuid>& countedFilters) {
+    static const std::string sql = rangeSql("AppUsage", "filterId, appBundleId, duration, appName");
+    return groupsOf<AppUsageGroup>(
+        store, sql, range, countedFilters, 4,
+        [](const QUuid& filterId, std::string_view bundleId, const RowCells& row) {
+            return AppUsageGroup{filterId, utf8(bundleId), utf8(row.text(3)), 0, {}};
+        },
+        [](AppUsageGroup& group, const RowCells& row) { group.appName = utf8(row.text(3)); });
+}
+
+std::vector<WebUsageGroup> webUsageGroups(RecordStore& store, const DayRange& range,
+                                           const QSet<QUuid>& countedFilters) {
+    static const std::string sql = rangeSql("WebUsage", "filterId, domainName, duration");
+    return groupsOf<WebUsageGroup>(
+        store, sql, range, countedFilters, 3,
+        [](const QUuid& filterId, std::string_view domainName, const RowCells&) {
+            return WebUsageGroup{filterId, utf8(domainName), 0, {}};
+        },
+        [](WebUsageGroup&, const RowCells&) {});
+}
+
+std::vector<TagUsageGroup> tagUsageGroups(RecordStore& store, const DayRange& range,
+                                           const QSet<QUuid>& countedFilters) {
+    static const std::string sql = rangeSql("TagUsage", "filterId, projectId, duration");
+    return groupsOf<TagUsageGroup>(
+        store, sql, range, countedFilters, 3,
+        [](const QUuid& filterId, std::string_view projectId, const RowCells&) {
+            return TagUsageGroup{filterId, uuidOf(projectId), 0, {}};
+        },
+        [](TagUsageGroup&, const RowCells&) {});
+}
+
+TagUsageDays tagUsageDays(RecordStore& store, QDate first, QDate last) {
+    TagUsageDays days;
+    if (last < first) {
+        return days;
+    }
+    days.dayCount = static_cast<int>(first.daysTo(last)) + 1;
+
+    struct Raw {
+        StorePosition position;
+        std::uint32_t filter;
+        std::uint32_t project;
+        std::int64_t duration;
+    };
+    static const std::string sql = rangeSql("TagUsage", "filterId, projectId, duration");
+    TextNumbers filters;
+    TextNumbers projects;
+    std::vector<Raw> rows;
+    const DayRange range = localDays(first, last);
+    store.read(sql, {range.begin, range.end}, [&](const RowCells& row) {
+        rows.push_back({{row.real(3), row.integer(4)},
+                        filters.numberOf(row.text(0)),
+                        projects.numberOf(row.text(1)),
+                        row.integer(2)});
+    });
+    putInStoreOrder(rows);
+
+    for (std::uint32_t i = 0; i < filters.size(); ++i) {
+        days.filterIds.push_back(uuidOf(filters.text(i)));
+    }
+    for (std::uint32_t i = 0; i < projects.size(); ++i) {
+        days.projectIds.push_back(uuidOf(projects.text(i)));
+    }
+    // Local days differ in length across clock changes, so each day's end is asked for.
+    days.entries.reserve(rows.size());
+    int day = 0;
+    double dayEnd = toEpochSeconds(localDay(first).end);
+    for (const Raw& row : rows) {
+        while (row.position.createdAt >= dayEnd) {
+            ++day;
+            dayEnd = toEpochSeconds(localDay(first.addDays(day)).end);
+        }
+        days.entries.push_back({day, row.filter, row.project, row.duration});
+    }
+    return days;
+}
+
+}  // namespace kivo

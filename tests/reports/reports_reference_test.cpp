@@ -1,0 +1,355 @@
+#include <gtest/gtest.h>
+
+#include <QHash>
+#include <QSet>
+#include <algorithm>
+#include <functional>
+#include <random>
+
+#include "model/local_day.h"
+#include "reports/productivity_score.h"
+#include "reports/project_bar_chart.h"
+#include "reports/usage_report.h"
+#include "tree/tree_harness.h"
+
+// The reports read narrow, pre-grouped totals. Here they are checked against the plain reading
+// of the rules: whole records fetched one day or one range at a time in the store's order
+// (creation moment, then insertion), grouped in the order in which their groups first appear.
+
+namespace kivo {
+namespace {
+
+using test::localMoment;
+
+constexpr int dayCount = 6;
+const QDate firstDay(2026, 3, 26);  // Berlin moves its clocks on 3/29
+const QDate lastDay = firstDay.addDays(dayCount - 1);
+
+template <class Record>
+std::vector<Record> storeOrder(RecordStore& store, QDate first, QDate last) {
+    const DayRange range = localDays(first, last);
+    return store.fetch<Record>({"isDeleted = 0 AND createdAt >= ? AND createdAt < ?",
+                                {range.begin, range.end},
+                                "createdAt, rowid"});
+}
+
+QString misc() {
+    return QStringLiteral("Misc.");
+}
+
+QString describe(const AppDisplayItem& row) {
+    const bool isMisc = row.appName == misc() && row.appBundleId.isEmpty();
+    return u"%1 %2 %3 %4"_qs
+        .arg(row.appName, row.appBundleId, isMisc ? QString() : row.filterId.toString())
+        .arg(row.duration);
+}
+QString describe(const WebDisplayItem& row) {
+    return u"%1 %2"_qs.arg(row.domainName).arg(row.duration);
+}
+QString describe(const TagDisplayItem& row) {
+    const bool isMisc = row.tagName == misc() && row.projectName == misc();
+    return u"%1 %2 %3 %4"_qs
+        .arg(row.projectName, row.tagName, isMisc ? QString() : row.filterId.toString())
+        .arg(row.duration);
+}
+QString describe(const ProjectDisplayItem& row) {
+    const bool isMisc = row.projectName == misc();
+    return u"%1 %2 %3"_qs.arg(row.projectName, isMisc ? QString() : row.projectId.toString())
+        .arg(row.duration);
+}
+
+// What a report view shows, but the fresh ids of rows and of the "Misc." pool.
+template <class Row>
+QStringList shown(const UsageReport<Row>& report) {
+    QStringList lines{u"total %1"_qs.arg(report.durationTotal), u"table"_qs};
+    for (const auto& row : report.tableDataSet) {
+        lines << describe(row);
+    }
+    lines << u"chart"_qs;
+    for (const auto& row : report.chartDataSet) {
+        lines << describe(row);
+    }
+    return lines;
+}
+
+// The rules of a usage report, record by record.
+template <class Row, class Record, class KeyOf, class RowOf>
+UsageReport<Row> referenceReport(const std::vector<Record>& records,
+                                 const ReportSelection& selection, KeyOf keyOf, RowOf rowOf,
+                                 Row pool) {
+    const QSet<QUuid> counted(selection.enableFilters.begin(), selection.enableFilters.end());
+    std::vector<Row> rows;
+    std::vector<decltype(keyOf(records.front()))> keys;
+    std::int64_t total = 0;
+    for (const auto& record : records) {
+        if (!counted.contains(record.filterId)) {
+            continue;
+        }
+        const auto key = std::find(keys.begin(), keys.end(), keyOf(record));
+        if (key == keys.end()) {
+            keys.push_back(keyOf(record));
+            rows.push_back(rowOf(record));
+        } else {
+            rows[static_cast<std::size_t>(key - keys.begin())].duration += record.duration;
+        }
+        total += record.duration;
+    }
+    UsageReport<Row> report;
+    std::copy_if(rows.begin(), rows.end(), std::back_inserter(report.tableDataSet),
+                 [](const Row& row) { return row.duration != 0; });
+    report.durationTotal = total == 0 ? 1 : total;
+    for (const auto& row : report.tableDataSet) {
+        if (row.duration * 100.0 / report.durationTotal > 3.0) {
+            report.chartDataSet.push_back(row);
+        } else {
+            pool.duration += row.duration;
+        }
+    }
+    if (pool.duration * 100.0 / report.durationTotal > 0.05) {
+        report.chartDataSet.push_back(pool);
+    }
+    const auto largestFirst = [](const Row& a, const Row& b) { return a.duration > b.duration; };
+    std::stable_sort(report.tableDataSet.begin(), report.tableDataSet.end(), largestFirst);
+    std::stable_sort(report.chartDataSet.begin(), report.chartDataSet.end(), largestFirst);
+    return report;
+}
+
+// Projects and filters beyond the harness's sample (a deleted filter, a deleted project with a
+// filter of its own, an unknown filter id), and totals of every kind over six days: moments
+// shared by many totals, totals dated earlier than totals inserted before them, deleted ones,
+// zero durations, and the first and last moments of days.
+struct RandomStore {
+    explicit RandomStore(unsigned seed) : random(seed) {
+        auto& r = h.records;
+        const Project garden = r.project(u"Garden"_qs);
+        const Project gone = r.project(u"Gone"_qs);
+        filters = {h.s.code,
+                   h.s.guitar,
+                   h.s.mail,
+                   h.s.cook,
+                   r.filter(garden, u"Dig"_qs, 30),
+                   r.filter(garden, u"Rake"_qs, 70),
+                   r.filter(gone, u"Old"_qs, 20),
+                   r.filter(h.s.work, u"Dropped"_qs, 90)};
+        r.remove(filters[7]);
+        r.remove(gone);
+        Filter unknown = h.s.code;
+        unknown.id = QUuid::createUuid();
+        for (int i = 0; i < 400; ++i) {
+            addTotal(i % 9 == 0 ? unknown : filters[pick(filters.size())]);
+        }
+        h.buildTree();
+    }
+
+    std::size_t pick(std::size_t count) {
+        return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
+    }
+
+    Instant moment() {
+        const QDate day = firstDay.addDays(static_cast<qint64>(pick(dayCount)));
+        switch (pick(6)) {
+            case 0:
+                return localDay(day).begin;
+            case 1:
+                return fromEpochSeconds(toEpochSeconds(localDay(day).end) - 0.5);
+            default:
+                return localMoment(day, static_cast<int>(pick(4)) * 6,
+                                   static_cast<int>(pick(2)) * 30);
+        }
+    }
+
+    template <class Record>
+    Record made(const Filter& filter) {
+        auto record = newRecord<Record>(moment());
+        record.filterId = filter.id;
+        record.duration = pick(5) == 0 ? 0 : static_cast<std::int64_t>(pick(3600));
+        record.isDeleted = pick(7) == 0;
+        return record;
+    }
+
+    void addTotal(const Filter& filter) {
+        const bool isUnknown = !std::any_of(filters.begin(), filters.end(),
+                                            [&](const Filter& f) { return f.id == filter.id; });
+        if (!isUnknown) {  // a counted total must name a filter with a rating
+            auto tag = made<TagUsage>(filter);
+            tag.projectId = pick(8) == 0 ? h.s.home.id : filter.projectId;
+            h.store->insert(tag);
+        }
+        auto app = made<AppUsage>(filter);
+        app.appBundleId = u"org.app%1"_qs.arg(pick(12));
+        app.appName = app.appBundleId + u" v"_qs + QString::number(pick(3));
+        h.store->insert(app);
+        auto web = made<WebUsage>(filter);
+        web.domainName = u"site%1.example"_qs.arg(pick(40));
+        h.store->insert(web);
+    }
+
+    test::TreeHarness h{"Europe/Berlin", lastDay};
+    std::mt19937 random;
+    std::vector<Filter> filters;
+};
+
+// The selections the sidebar can make, applied in turn to the same tree.
+std::vector<std::function<void(test::TreeHarness&)>> selections() {
+    return {
+        [](test::TreeHarness&) {},  // as built: every filter toggled
+        [](test::TreeHarness& h) { h.tree.applySelection({h.tree.roots().front().id}); },
+        [](test::TreeHarness& h) {
+            h.tree.applySelection({h.s.work.id, h.s.cook.id});
+        },
+        [](test::TreeHarness& h) {
+            h.tree.setIsShowArchivedProject(true);
+            h.tree.applySelection({h.tree.roots().front().id});
+        },
+        [](test::TreeHarness& h) {
+            auto projects = h.tree.projects();
+            projects[0].isToggled = false;  // only productivity reads a project's own flag
+            h.tree.setProjects(projects);
+            h.tree.applySelection({h.s.guitar.id, h.s.mail.id});
+        },
+        [](test::TreeHarness& h) { h.tree.applySelection({}); },
+    };
+}
+
+const std::vector<std::pair<QDate, QDate>> ranges{
+    {firstDay, firstDay},
+    {QDate(2026, 3, 28), QDate(2026, 3, 30)},
+    {firstDay, lastDay},
+    {QDate(2026, 3, 1), QDate(2026, 3, 2)},  // nothing recorded
+};
+
+TEST(ReportsAgainstTheRecords, UsageReportsMatchOverRandomStores) {
+    for (unsigned seed : {1u, 2u, 3u}) {
+        RandomStore r(seed);
+        auto& h = r.h;
+        for (const auto& select : selections()) {
+            select(h);
+            const ReportSelection s = h.tree.reportSelection();
+            for (const auto& [from, to] : ranges) {
+                SCOPED_TRACE(u"seed %1, %2 to %3"_qs.arg(seed)
+                                 .arg(from.toString(), to.toString())
+                                 .toStdString());
+                EXPECT_EQ(shown(computeApplicationReport(*h.store, s, from, to)),
+                          shown(referenceReport(
+                              storeOrder<AppUsage>(*h.store, from, to), s,
+                              [](const AppUsage& u) { return u.appBundleId; },
+                              [](const AppUsage& u) {
+                                  return AppDisplayItem{
+                                      {}, u.duration, u.appName, u.appBundleId, u.filterId};
+                              },
+                              AppDisplayItem{{}, 0, misc(), {}, {}})));
+                EXPECT_EQ(shown(computeWebsiteReport(*h.store, s, from, to)),
+                          shown(referenceReport(
+                              storeOrder<WebUsage>(*h.store, from, to), s,
+                              [](const WebUsage& u) { return u.domainName; },
+                              [](const WebUsage& u) {
+                                  return WebDisplayItem{{}, u.domainName, u.duration};
+                              },
+                              WebDisplayItem{{}, misc(), 0})));
+                const auto tags = storeOrder<TagUsage>(*h.store, from, to);
+                EXPECT_EQ(shown(computeFilterReport(*h.store, s, from, to)),
+                          shown(referenceReport(
+                              tags, s, [](const TagUsage& u) { return u.filterId; },
+                              [&s](const TagUsage& u) {
+                                  return TagDisplayItem{{},
+                                                        u.duration,
+                                                        s.projectNames[u.projectId],
+                                                        s.tagNames[u.filterId],
+                                                        u.filterId};
+                              },
+                              TagDisplayItem{{}, 0, misc(), misc(), {}})));
+                EXPECT_EQ(shown(computeProjectReport(*h.store, s, from, to)),
+                          shown(referenceReport(
+                              tags, s, [](const TagUsage& u) { return u.projectId; },
+                              [&s](const TagUsage& u) {
+                                  return ProjectDisplayItem{
+                                      {}, u.duration, s.projectNames[u.projectId], u.projectId};
+                              },
+                              ProjectDisplayItem{{}, 0, misc(), {}})));
+
+                // The tree: each filter's own records, whatever their project.
+                h.tree.recomputeTreeDurations(from, to);
+                QHash<QUuid, std::int64_t> byFilter;
+                for (const auto& usage : tags) {
+                    byFilter[usage.filterId] += usage.duration;
+                }
+                std::int64_t total = 0;
+                for (const auto& project : h.tree.projects()) {
+                    std::int64_t sum = 0;
+                    for (const auto& filter : project.filters) {
+                        EXPECT_EQ(filter.duration, byFilter.value(filter.id));
+                        sum += filter.duration;
+                    }
+                    EXPECT_EQ(project.duration, sum);
+                    total += h.tree.isShowArchivedProject() || !project.isArchived ? sum : 0;
+                }
+                EXPECT_EQ(h.tree.durationTotal(), total);
+            }
+        }
+    }
+}
+
+// Each day read on its own, record by record.
+DayProductivity referenceScore(RecordStore& store, const ProductivityInputs& inputs, QDate day) {
+    std::int64_t total = 0;
+    double weighted = 0.0;
+    for (const auto& usage : storeOrder<TagUsage>(store, day, day)) {
+        if (inputs.countedProjects.contains(usage.projectId)) {
+            total += usage.duration;
+            weighted += static_cast<double>(usage.duration) *
+                        static_cast<double>(inputs.ratingByFilter.value(usage.filterId)) / 100.0;
+        }
+    }
+    return {
+        total == 0 ? 0 : static_cast<std::int64_t>(weighted / static_cast<double>(total) * 100.0),
+        total};
+}
+
+TEST(ReportsAgainstTheRecords, DailyFiguresMatchOverRandomStores) {
+    for (unsigned seed : {4u, 5u}) {
+        RandomStore r(seed);
+        auto& h = r.h;
+        for (const auto& select : selections()) {
+            select(h);
+            const ReportSelection s = h.tree.reportSelection();
+            const ProductivityInputs inputs = productivityInputs(*h.store, s);
+            const auto scores = productivityOfDays(*h.store, inputs, firstDay, lastDay);
+            ASSERT_EQ(scores.size(), std::size_t{dayCount});
+            const auto bars = productivityBars(*h.store, s, lastDay, dayCount);
+            const auto chart = computeProjectBarChart(*h.store, s, lastDay, dayCount);
+            const QSet<QUuid> counted(s.enableFilters.begin(), s.enableFilters.end());
+            std::size_t segment = 0;
+            for (int i = 0; i < dayCount; ++i) {
+                const QDate day = firstDay.addDays(i);
+                const auto expected = referenceScore(*h.store, inputs, day);
+                EXPECT_EQ(std::pair(scores[i].score, scores[i].duration),
+                          std::pair(expected.score, expected.duration))
+                    << seed << " " << day.toString().toStdString();
+                EXPECT_EQ(bars[i].annotation, expected.score);
+
+                QHash<QUuid, std::int64_t> byFilter;
+                for (const auto& usage : storeOrder<TagUsage>(*h.store, day, day)) {
+                    byFilter[usage.filterId] += usage.duration;
+                }
+                for (const auto& project : s.projects) {
+                    if (!s.isShowArchivedProject && project.isArchived) {
+                        continue;
+                    }
+                    std::int64_t sum = 0;
+                    for (const auto& filter : project.filters) {
+                        sum += filter.isToggled && counted.contains(filter.id)
+                                   ? byFilter.value(filter.id)
+                                   : 0;
+                    }
+                    ASSERT_LT(segment, chart.dataSet.size());
+                    EXPECT_EQ(qRound64(chart.dataSet[segment].value * 3600.0), sum);
+                    EXPECT_EQ(chart.dataSet[segment++].projectName, project.name);
+                }
+            }
+            EXPECT_EQ(segment, chart.dataSet.size());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kivo
