@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "capture/focused_window.h"
+#include "capture/presence.h"
 #include "desktop/xdg/xdg_application_catalog.h"
 
 namespace kivo {
@@ -17,5 +18,10 @@ struct DesktopChoice {
 // environment; it resolves windows against `catalog`, which must outlive it. Today that is the
 // X server named by DISPLAY when an EWMH window manager runs there.
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog);
+
+// Whether the user is at this session: logind's session of this process, the desktop's services
+// on the session bus and, when DISPLAY names one, the X server's screen saver and idle time.
+// Whatever is missing simply tells nothing.
+std::unique_ptr<PresenceSource> choosePresence();
 
 }  // namespace kivo

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <optional>
+
+#include "model/instant.h"
+
+namespace kivo {
+
+// What the desktop's own services on the session bus say about the user. Every question is one
+// or a few short calls; a service that is not there answers nothing (or false).
+class SessionServices {
+public:
+    explicit SessionServices(QDBusConnection sessionBus);
+
+    // Whether a screen saver (org.freedesktop.ScreenSaver, org.gnome.ScreenSaver) says it is
+    // active; nothing when none answers.
+    std::optional<bool> isScreenSaverActive() const;
+
+    // GNOME's count of the time without input (org.gnome.Mutter.IdleMonitor); nothing elsewhere.
+    std::optional<Seconds> mutterIdleTime() const;
+
+    // Whether the GNOME session holds an idle inhibitor (a video or call that asked the
+    // screen saver to wait ends up there) or an MPRIS player reports "Playing".
+    bool isIdleInhibited() const;
+
+private:
+    bool isGnomeIdleInhibited() const;
+    bool isMediaPlaying() const;
+
+    QDBusConnection bus_;
+};
+
+}  // namespace kivo
