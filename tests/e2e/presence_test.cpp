@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
-#include <QThread>
 #include <cstdlib>
 
 #include "desktop/presence/session_presence.h"
@@ -20,32 +19,25 @@ using namespace Qt::StringLiterals;
 using test::FakeServices;
 using test::Inhibitor;
 using test::PrivateBus;
-using test::ScopedProcess;
 
-TEST(X11ScreenSaver, IdleTimeGrowsUntilInputAndARunningSaverLocks) {
+// The idle time on an X server is the tracker's end-to-end test; here the screen saver.
+TEST(X11ScreenSaver, ARunningScreenSaverLocks) {
     test::XvfbServer server;
     ASSERT_TRUE(server.isReady());
     QString failure;
     const auto saver = X11ScreenSaver::connect(server.displayName(), failure);
     ASSERT_NE(saver, nullptr) << failure.toStdString();
-
-    QThread::msleep(1'500);
     ASSERT_TRUE(saver->idleTime().has_value());
-    const double before = saver->idleTime()->count();
-    EXPECT_GE(before, 1.0);
-    auto environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"DISPLAY"_s, QString::fromLatin1(server.displayName()));
-    ScopedProcess move(u"xdotool"_s, {u"mousemove"_s, u"10"_s, u"20"_s}, environment);
-    ASSERT_TRUE(move.process().waitForFinished(30'000));
-    EXPECT_LT(saver->idleTime()->count(), before) << "input starts the count again";
 
-    EXPECT_FALSE(saver->isLocked());
     xcb_connection_t* other = xcb_connect(server.displayName().constData(), nullptr);
-    xcb_force_screen_saver(other, XCB_SCREEN_SAVER_ACTIVE);
-    std::free(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr));
+    const auto force = [other](std::uint8_t mode) {
+        xcb_force_screen_saver(other, mode);
+        std::free(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr));
+    };
+    EXPECT_FALSE(saver->isLocked());
+    force(XCB_SCREEN_SAVER_ACTIVE);
     EXPECT_TRUE(saver->isLocked());
-    xcb_force_screen_saver(other, XCB_SCREEN_SAVER_RESET);
-    std::free(xcb_get_input_focus_reply(other, xcb_get_input_focus(other), nullptr));
+    force(XCB_SCREEN_SAVER_RESET);
     EXPECT_FALSE(saver->isLocked());
     xcb_disconnect(other);
 }
