@@ -224,7 +224,8 @@ TEST_F(RecordingTest, TimeAwayAddsNothingAndTheSameCaptureContinuesAfterwards) {
     const auto settings =
         ApplicationSettings::openFile(home_.filePath(QStringLiteral("config/Kivo/Kivo.conf")));
     settings->setMaximumGapLength(2.0);
-    settings->setIdleTimeout(3.0);
+    // Long enough that a slow pointer move on a busy machine never looks like idleness.
+    settings->setIdleTimeout(5.0);
     xdotool(QStringLiteral("windowactivate --sync ") + one);
 
     // Pointer moves keep the X server's idle time short; each waits for a condition or a time.
