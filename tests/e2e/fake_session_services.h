@@ -106,6 +106,18 @@ public Q_SLOTS:
     bool GetActive() { return isActive; }
 };
 
+// Plasma's screen saver, which also counts the time without input.
+class FakeSessionIdleTime : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.ScreenSaver")
+
+public:
+    std::atomic<uint> idleSeconds = 0;
+
+public Q_SLOTS:
+    uint GetSessionIdleTime() { return idleSeconds; }
+};
+
 // A media player's MPRIS interface.
 class FakePlayer : public QObject {
     Q_OBJECT

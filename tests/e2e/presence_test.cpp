@@ -108,10 +108,14 @@ TEST_F(SessionPresenceTest, LogindLocksWhereItHasTheSessionElseTheScreenSaverSer
     }
 }
 
-TEST_F(SessionPresenceTest, IdleTimeFromGnomeWhereItAnswersElseFromTheDisplay) {
+TEST_F(SessionPresenceTest, IdleTimeFromTheDesktopWhereItCountsElseFromTheDisplay) {
     auto idle = presence();
     display_->idle = Seconds{12.0};
     EXPECT_EQ(idle.idleTime(), Seconds{12.0});
+    auto& plasma = session_.add<test::FakeSessionIdleTime>(u"org.freedesktop.ScreenSaver"_s,
+                                                           u"/ScreenSaver"_s);
+    plasma.idleSeconds = 30;
+    EXPECT_EQ(idle.idleTime(), Seconds{30.0});
     auto& monitor = session_.add<test::FakeIdleMonitor>(u"org.gnome.Mutter.IdleMonitor"_s,
                                                         u"/org/gnome/Mutter/IdleMonitor/Core"_s);
     monitor.idleMs = 420'500;

@@ -20,7 +20,7 @@ bool SessionPresence::isLocked() {
 }
 
 std::optional<Seconds> SessionPresence::idleTime() {
-    if (auto idle = services_.mutterIdleTime()) {
+    if (auto idle = services_.idleTime()) {
         return idle;
     }
     return display_ ? display_->idleTime() : std::nullopt;

@@ -14,8 +14,8 @@ namespace kivo {
 // and the desktop's services on the session bus.
 //  - locked: the display's screen saver runs, or logind says the session is locked or not in
 //    front; only where logind has no session, a screen-saver service that says it is active;
-//  - idle time: GNOME's monitor where it answers (under Wayland the X server sees no input),
-//    else the display's;
+//  - idle time: the desktop's count where it keeps one (under Wayland the X server sees no
+//    input), else the display's;
 //  - inhibited: the display's inhibitors, logind's idle inhibitors, GNOME's, a playing player.
 class SessionPresence final : public PresenceSource {
 public:

@@ -42,6 +42,13 @@ std::optional<bool> SessionServices::isScreenSaverActive() const {
     return active;
 }
 
+std::optional<Seconds> SessionServices::idleTime() const {
+    if (auto idle = mutterIdleTime()) {
+        return idle;
+    }
+    return screenSaverIdleTime();
+}
+
 std::optional<Seconds> SessionServices::mutterIdleTime() const {
     const auto reply =
         callDbus(bus_, QStringLiteral("org.gnome.Mutter.IdleMonitor"),
@@ -51,6 +58,19 @@ std::optional<Seconds> SessionServices::mutterIdleTime() const {
         return std::nullopt;
     }
     return Seconds{static_cast<double>(reply->front().toULongLong()) / 1000.0};
+}
+
+std::optional<Seconds> SessionServices::screenSaverIdleTime() const {
+    // Plasma answers in seconds; GNOME's service of the same name has no such method.
+    for (const auto& saver : screenSavers) {
+        const auto reply =
+            callDbus(bus_, QString::fromUtf16(saver.service), QString::fromUtf16(saver.path),
+                     QString::fromUtf16(saver.interface), QStringLiteral("GetSessionIdleTime"));
+        if (reply && !reply->isEmpty()) {
+            return Seconds{static_cast<double>(reply->front().toUInt())};
+        }
+    }
+    return std::nullopt;
 }
 
 bool SessionServices::isIdleInhibited() const {

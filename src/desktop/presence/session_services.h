@@ -17,14 +17,18 @@ public:
     // active; nothing when none answers.
     std::optional<bool> isScreenSaverActive() const;
 
-    // GNOME's count of the time without input (org.gnome.Mutter.IdleMonitor); nothing elsewhere.
-    std::optional<Seconds> mutterIdleTime() const;
+    // The desktop's count of the time without input: GNOME's idle monitor
+    // (org.gnome.Mutter.IdleMonitor), else the screen-saver service's GetSessionIdleTime (Plasma);
+    // nothing where neither answers.
+    std::optional<Seconds> idleTime() const;
 
     // Whether the GNOME session holds an idle inhibitor (a video or call that asked the
     // screen saver to wait ends up there) or an MPRIS player reports "Playing".
     bool isIdleInhibited() const;
 
 private:
+    std::optional<Seconds> mutterIdleTime() const;
+    std::optional<Seconds> screenSaverIdleTime() const;
     bool isGnomeIdleInhibited() const;
     bool isMediaPlaying() const;
 
