@@ -9,6 +9,8 @@
 #include "capture/recorder.h"
 #include "desktop/desktop_factory.h"
 #include "model/application_settings.h"
+#include "model/application_state.h"
+#include "model/diagnostics.h"
 #include "model/open_store.h"
 #include "model/unassigned_entries.h"
 
@@ -39,6 +41,14 @@ int runTracker(int argc, char* argv[]) {
     Recorder recorder(*choice.focusedWindow, browserTabs, *store, *settings, clock);
     catalog.rescan();
     recorder.setInstalledApplications(catalog.installedBundleIds());
+    const auto presence = choosePresence();
+    ApplicationState state;
+    recorder.watchPresence(*presence, state);
+    // Headless, the log is where the user sees why nothing counts.
+    QObject::connect(&state, &ApplicationState::isAwayChanged, [](bool isAway) {
+        printDiagnostic(isAway ? QStringLiteral("Paused: away")
+                               : QStringLiteral("Recording again"));
+    });
     CaptureTimer timer(recorder, *settings);
     timer.start();
     QCoreApplication::exec();

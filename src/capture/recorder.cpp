@@ -24,9 +24,27 @@ void Recorder::setInstalledApplications(QStringList bundleIds) {
     installedBundleIds_ = std::move(bundleIds);
 }
 
+void Recorder::watchPresence(PresenceSource& presence, ApplicationState& state) {
+    presence_ = &presence;
+    state_ = &state;
+}
+
 void Recorder::captureTick() {
-    captureStep();
+    // Away, the tick is one without a sample: nothing is added and nothing closes early, so the
+    // capture in front when the user left continues with one period for the whole absence.
+    if (!isUserAway()) {
+        captureStep();
+    }
     writeEndedCaptures();
+}
+
+bool Recorder::isUserAway() {
+    if (presence_ == nullptr) {
+        return false;
+    }
+    const bool isAway = currentPresence(*presence_, settings_.idleTimeout()) != Presence::present;
+    state_->setIsAway(isAway);
+    return isAway;
 }
 
 void Recorder::captureStep() {

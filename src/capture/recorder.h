@@ -7,8 +7,10 @@
 
 #include "capture/browser_tabs.h"
 #include "capture/focused_window.h"
+#include "capture/presence.h"
 #include "classify/match_budget.h"
 #include "model/application_settings.h"
+#include "model/application_state.h"
 #include "model/capture_data.h"
 #include "model/instant.h"
 #include "model/record_store.h"
@@ -35,6 +37,11 @@ public:
     // Only these applications are sampled; the list is replaced as a whole.
     void setInstalledApplications(QStringList bundleIds);
 
+    // From now on a tick asks `presence` first and, while the user is away, takes no sample;
+    // `state` is told when that starts and ends. Both outlive the recorder. Without it, every
+    // tick samples.
+    void watchPresence(PresenceSource& presence, ApplicationState& state);
+
     void captureTick();
 
     // The clean end (a termination signal, quitting, logging out): every pending capture is
@@ -46,6 +53,7 @@ public:
     const std::vector<CaptureData>& pendingCaptures() const { return pending_; }
 
 private:
+    bool isUserAway();
     void captureStep();
     void writeEndedCaptures();
     // Records the ended ones of `captures` in one transaction; the store's error when it fails.
@@ -57,6 +65,8 @@ private:
     RecordStore& store_;
     const ApplicationSettings& settings_;
     const Clock& clock_;
+    PresenceSource* presence_ = nullptr;
+    ApplicationState* state_ = nullptr;
     QStringList installedBundleIds_;
     std::vector<CaptureData> pending_;
     bool isCatchingUp_ = false;  // a write failed and its captures are still pending

@@ -1,9 +1,13 @@
 #include "desktop/desktop_factory.h"
 
+#include <QCoreApplication>
+
 #include "desktop/hyprland/hyprland_desktop.h"
 #include "desktop/session_environment.h"
 #include "desktop/wlroots/wlroots_desktop.h"
+#include "desktop/presence/session_presence.h"
 #include "desktop/x11/x11_desktop.h"
+#include "desktop/x11/x11_screen_saver.h"
 
 namespace kivo {
 
@@ -69,6 +73,22 @@ DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
             break;  // these carry a failure until this build reads them
     }
     return {nullptr, verdict.failure};
+}
+
+std::unique_ptr<PresenceSource> choosePresence() {
+    // The X server's idle time and screen saver speak for the user only in an X11 session: under
+    // Wayland, XWayland sees only the input of X clients.
+    std::unique_ptr<PresenceSource> display;
+    const SessionEnvironment session = SessionEnvironment::fromProcess();
+    const SessionVerdict verdict = classifySession(session);
+    if (verdict.failure.isEmpty() && verdict.kind == SessionKind::X11) {
+        QString ignoredFailure;
+        display = X11ScreenSaver::connect(session.x11Display, ignoredFailure);
+    }
+    return std::make_unique<SessionPresence>(
+        std::move(display),
+        LogindSession::find(QDBusConnection::systemBus(), QCoreApplication::applicationPid()),
+        SessionServices(QDBusConnection::sessionBus()));
 }
 
 }  // namespace kivo

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "capture/focused_window.h"
+#include "capture/presence.h"
 #include "desktop/xdg/xdg_application_catalog.h"
 
 namespace kivo {
@@ -19,5 +20,10 @@ struct DesktopChoice {
 // its sockets, or any other compositor that lists its toplevels with
 // zwlr_foreign_toplevel_manager_v1.
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog);
+
+// Whether the user is at this session: logind's session of this process, the desktop's services
+// on the session bus and, when DISPLAY names one, the X server's screen saver and idle time.
+// Whatever is missing simply tells nothing.
+std::unique_ptr<PresenceSource> choosePresence();
 
 }  // namespace kivo

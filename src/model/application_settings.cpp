@@ -72,6 +72,20 @@ double ApplicationSettings::minimumDurationToDisplay() const {
         1.0);
 }
 
+double ApplicationSettings::idleTimeout() const {
+    // Unlike the other numbers a stored 0 means something (off): only an absent key, or one that
+    // is no finite, non-negative number, reads as the default.
+    bool isNumber = false;
+    const double value =
+        settings_->value(QString::fromUtf16(settings_keys::idleTimeout)).toDouble(&isNumber);
+    return isNumber && std::isfinite(value) && value >= 0.0 ? value : 300.0;
+}
+
+void ApplicationSettings::setIdleTimeout(double seconds) {
+    store(QString::fromUtf16(settings_keys::idleTimeout),
+          seconds > 0.0 ? std::max(seconds, 1.0) : 0.0);
+}
+
 void ApplicationSettings::setTimerInterval(double seconds) {
     storeAtLeastOne(QString::fromUtf16(settings_keys::timerInterval), seconds);
 }

@@ -14,6 +14,7 @@ inline constexpr char16_t timerInterval[] = u"timerInterval";
 inline constexpr char16_t maximumGapLength[] = u"maximumGapLength";
 inline constexpr char16_t minimumDurationToRecord[] = u"minimumDurationToRecord";
 inline constexpr char16_t minimumDurationToDisplay[] = u"minimumDurationToDisplay";
+inline constexpr char16_t idleTimeout[] = u"idleTimeout";
 inline constexpr char16_t isDetailUnified[] = u"isDetailUnified";
 inline constexpr char16_t isCompactColumns[] = u"isCompactColumns";
 inline constexpr char16_t savedProjectTree[] = u"savedProjectTree";
@@ -47,6 +48,12 @@ public:
     void setMaximumGapLength(double seconds);
     void setMinimumDurationToRecord(double seconds);
     void setMinimumDurationToDisplay(double seconds);
+
+    // Seconds without input after which tracking pauses. An absent key reads as 300; a stored 0
+    // (or anything not above 0) turns idleness off and is answered as it stands.
+    double idleTimeout() const;
+    // Stores 0 (off) for 0 and below, otherwise at least 1.0.
+    void setIdleTimeout(double seconds);
 
     bool isDetailUnified() const;
     void setIsDetailUnified(bool value);

@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QSettings>
 #include <chrono>
+#include <functional>
 #include <limits>
 #include <map>
 
@@ -332,6 +333,104 @@ TEST_F(RecorderTest, ThousandSlowPatternsCostATickItsMatchingBudgetOnly) {
                                   u"1002 filters count as not matching"_s))
         << budgetLines[1].toStdString();
     EXPECT_LE(diagnostics.lines.size(), 2 + 10) << "a few patterns named, not a thousand";
+TEST(Presence, LockedBeatsEverythingAndIdleNeedsATimeoutAnIdleTimeBeyondItAndNoInhibitor) {
+    const struct {
+        bool locked;
+        std::optional<double> idle;
+        bool inhibited;
+        double timeout;
+        Presence expected;
+        int questions;  // asked lazily: a later question only when the earlier leave it open
+    } cases[] = {
+        {true, 900.0, true, 300.0, Presence::locked, 1},
+        {false, 900.0, false, 0.0, Presence::present, 1},
+        {false, 900.0, false, -1.0, Presence::present, 1},
+        {false, 300.0, false, 300.0, Presence::present, 2},
+        {false, std::nullopt, false, 300.0, Presence::present, 2},
+        {false, 300.5, false, 300.0, Presence::idle, 3},
+        {false, 300.5, true, 300.0, Presence::present, 3},
+    };
+    for (const auto& c : cases) {
+        FakePresence presence;
+        presence.locked = c.locked;
+        if (c.idle) {
+            presence.idle = Seconds{*c.idle};
+        }
+        presence.inhibited = c.inhibited;
+        SCOPED_TRACE(testing::Message()
+                     << "locked " << c.locked << " idle " << c.idle.value_or(-1) << " inhibited "
+                     << c.inhibited << " timeout " << c.timeout);
+        EXPECT_EQ(currentPresence(presence, c.timeout), c.expected);
+        EXPECT_EQ(presence.questions, c.questions);
+    }
+}
+
+// The same recorder, told whether the user is there.
+class AwayTest : public RecorderTest {
+protected:
+    AwayTest() { recorder.watchPresence(presence, state); }
+
+    // The editor shows other.txt, then notes.txt; the user leaves for ten minutes in the way
+    // `goAway` sets, and comes back to notes.txt.
+    void leaveAndReturn(const std::function<void()>& goAway) {
+        useEditor(u"other.txt"_s, 1);
+        useEditor(u"notes.txt"_s, 3);
+        goAway();
+        tickAfter(10.0, 60);
+        EXPECT_TRUE(state.isAway());
+        ASSERT_EQ(recorder.pendingCaptures().size(), 2u) << "nothing closes while away";
+        EXPECT_EQ(recorder.pendingCaptures()[1].duration, 3.0) << "nothing is added";
+
+        presence = FakePresence{};
+        presence.idle = Seconds{0.5};
+        tickAfter(1.0);
+        EXPECT_FALSE(state.isAway());
+        ASSERT_EQ(recorder.pendingCaptures().size(), 1u) << "other.txt ends on the return";
+        EXPECT_EQ(recorder.pendingCaptures()[0].duration, 4.0) << "one period for the absence";
+        leaveForLongerThanTheGap();
+        const auto written = activities();
+        ASSERT_EQ(written.size(), 2u);
+        EXPECT_EQ(written[0].title, u"other.txt"_s);
+        EXPECT_EQ(written[1].duration, 4);
+    }
+
+    FakePresence presence;
+    ApplicationState state;
+};
+
+TEST_F(AwayTest, LockedScreenAddsNothingClosesNothingAndTheReturnAddsOnePeriod) {
+    presence.idle = Seconds{0.0};
+    leaveAndReturn([this] { presence.locked = true; });
+}
+
+TEST_F(AwayTest, IdleBeyondTheTimeoutAddsNothingClosesNothingAndInputAddsOnePeriod) {
+    presence.idle = Seconds{0.0};
+    leaveAndReturn([this] { presence.idle = Seconds{301.0}; });
+}
+
+TEST_F(AwayTest, AnInhibitorOrAZeroTimeoutKeepsIdleTimeCounting) {
+    presence.idle = Seconds{3600.0};
+    presence.inhibited = true;
+    useEditor(u"film.mkv"_s, 5);
+    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 5.0);
+    presence.inhibited = false;
+    settings->setIdleTimeout(0.0);
+    tickAfter(1.0, 5);
+    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 10.0);
+    EXPECT_FALSE(state.isAway());
+    settings->setIdleTimeout(3600.0);
+    tickAfter(1.0);
+    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 11.0) << "exactly the timeout is not beyond";
+}
+
+TEST_F(AwayTest, EightHoursOfSuspendCountOnePeriod) {
+    useEditor(u"notes.txt"_s, 3);
+    // The machine sleeps; the key that wakes it is fresh input.
+    clock.advance(8 * 3600.0);
+    presence.idle = Seconds{0.2};
+    recorder.captureTick();
+    ASSERT_EQ(recorder.pendingCaptures().size(), 1u);
+    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 4.0);
 }
 
 using RecorderDeathTest = RecorderTest;

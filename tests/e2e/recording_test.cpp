@@ -8,7 +8,9 @@
 #include <QThread>
 #include <numeric>
 
+#include "e2e/fake_session_services.h"
 #include "e2e/fake_window_manager.h"
+#include "e2e/private_bus.h"
 #include "e2e/xvfb_server.h"
 #include "model/application_settings.h"
 #include "model/record_store.h"
@@ -37,6 +39,7 @@ protected:
         ASSERT_TRUE(home_.isValid());
         ASSERT_TRUE(server_.isReady());
         // Run from a Wayland session, the tests still mean the private X server.
+        ASSERT_TRUE(systemBus_.isReady() && sessionBus_.isReady());
         environment_.remove(QStringLiteral("WAYLAND_DISPLAY"));
         environment_.insert(QStringLiteral("XDG_SESSION_TYPE"), QStringLiteral("x11"));
         environment_.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(server_.displayName()));
@@ -47,6 +50,29 @@ protected:
                             home_.filePath(QStringLiteral("config")));
         // Where the xterm package puts debian-xterm.desktop.
         environment_.insert(QStringLiteral("XDG_DATA_DIRS"), QStringLiteral("/usr/share"));
+        // Private buses, so that the session the tests run in (its lock, its idle time) plays no
+        // part; a test may put fake services on them.
+        environment_.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), systemBus_.address());
+        environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), sessionBus_.address());
+        environment_.remove(QStringLiteral("XDG_SESSION_ID"));
+    }
+
+    // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
+    // Prepared means it holds the unassigned project (a test may have put filters there before).
+    bool waitForStore() {
+        for (const QDeadlineTimer deadline(30'000); !deadline.hasExpired(); QThread::msleep(100)) {
+            try {
+                if (QFile::exists(storePath()) &&
+                    !RecordStore::open(storePath(), RecordStore::Mode::ReadOnly)
+                         ->fetch<Project>()
+                         .empty()) {
+                    return true;
+                }
+            } catch (const StoreError&) {
+            }
+        }
+        ADD_FAILURE() << "Kivo prepared no store";
+        return false;
     }
 
     QString storePath() const { return home_.filePath(QStringLiteral("data/Kivo/kivo.sqlite")); }
@@ -74,31 +100,19 @@ protected:
         return QString::fromLatin1(process.readAllStandardOutput().trimmed());
     }
 
-    void startWindowManager() {
+    bool startWindowManager() {
         start(QStringLiteral("openbox --sm-disable"));
         test::FakeWindowManager probe(server_.displayName());
         for (const QDeadlineTimer deadline(20'000); !probe.isManaged(); QThread::msleep(50)) {
-            QFile log(logFile());
-            ASSERT_FALSE(deadline.hasExpired())
-                << "openbox " << (started_[0]->isRunning() ? "runs" : "ended") << ":\n"
-                << (log.open(QIODevice::ReadOnly) ? log.readAll().toStdString() : "");
-        }
-    }
-
-    // Waits until Kivo has prepared its store: it holds the unassigned project.
-    void waitForTheStore() {
-        for (const QDeadlineTimer deadline(30'000);; QThread::msleep(100)) {
-            try {
-                if (QFile::exists(storePath()) &&
-                    !RecordStore::open(storePath(), RecordStore::Mode::ReadOnly)
-                         ->fetch<Project>()
-                         .empty()) {
-                    return;
-                }
-            } catch (const StoreError&) {
+            if (deadline.hasExpired()) {
+                QFile log(logFile());
+                ADD_FAILURE() << "openbox " << (started_[0]->isRunning() ? "runs" : "ended")
+                              << ":\n"
+                              << (log.open(QIODevice::ReadOnly) ? log.readAll().toStdString() : "");
+                return false;
             }
-            ASSERT_FALSE(deadline.hasExpired()) << "Kivo prepared no store";
         }
+        return true;
     }
 
     // Opens an xterm titled `title`; returns its window once it is mapped and has the focus.
@@ -109,12 +123,14 @@ protected:
 
     QTemporaryDir home_;
     test::XvfbServer server_;
+    test::PrivateBus systemBus_;
+    test::PrivateBus sessionBus_;
     QProcessEnvironment environment_ = QProcessEnvironment::systemEnvironment();
     std::vector<std::unique_ptr<ScopedProcess>> started_;
 };
 
 TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
-    startWindowManager();
+    ASSERT_TRUE(startWindowManager());
     const QString one = openTerminal(QStringLiteral("kivo-e2e-one"));
     const QString two = openTerminal(QStringLiteral("kivo-e2e-two"));
     ApplicationSettings::openFile(home_.filePath(QStringLiteral("config/Kivo/Kivo.conf")))
@@ -138,7 +154,7 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
     ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_, QString(),
                        [writeEnd = output[1]] { ::dup2(writeEnd, STDOUT_FILENO); });
     ::close(output[1]);
-    waitForTheStore();
+    ASSERT_TRUE(waitForStore());
     // The first tick may come before this poll has seen the store.
     const double ready = toEpochSeconds(SystemClock().now());
     const Moment started{ready - 1.0, ready};
@@ -207,7 +223,7 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
 }
 
 TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecording) {
-    startWindowManager();
+    ASSERT_TRUE(startWindowManager());
     const QString other = openTerminal(QStringLiteral("kivo-e2e-other"));
     const QString solo = openTerminal(QStringLiteral("kivo-e2e-solo"));
     ApplicationSettings::openFile(home_.filePath(QStringLiteral("config/Kivo/Kivo.conf")))
@@ -229,7 +245,7 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
     for (const QDeadlineTimer deadline(30'000); refusedOne() == nullptr; QThread::msleep(100)) {
         ASSERT_FALSE(deadline.hasExpired()) << "both trackers run";
     }
-    waitForTheStore();
+    ASSERT_TRUE(waitForStore());
     // One started while the first records is refused the same way.
     trackers.push_back(
         std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY), QStringList(), environment_));
@@ -267,6 +283,107 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
     for (std::size_t i = 1; i < written.size(); ++i) {
         EXPECT_GE(written[i].startAt, written[i - 1].endAt) << written[i].title.toStdString();
     }
+}
+
+// Kivo's output, read as it comes.
+class OutputWatch {
+public:
+    explicit OutputWatch(ScopedProcess& process) : process_(process) {}
+
+    // How often `line` has been printed so far. Without an event loop, only a wait reads the pipe.
+    qsizetype count(const QByteArray& line) {
+        process_.process().waitForReadyRead(100);
+        seen_ += process_.process().readAllStandardOutput();
+        return seen_.count(QByteArray(line + '\n'));
+    }
+
+private:
+    ScopedProcess& process_;
+    QByteArray seen_;
+};
+
+TEST_F(RecordingTest, TimeAwayAddsNothingAndTheSameCaptureContinuesAfterwards) {
+    test::FakeServices logind(systemBus_.address());
+    logind.add<test::FakeLogindManager>(QStringLiteral("org.freedesktop.login1"),
+                                        QStringLiteral("/org/freedesktop/login1"));
+    auto& session = logind.add<test::FakeLogindSession>(QStringLiteral("org.freedesktop.login1"),
+                                                        test::fakeSessionPath);
+    ASSERT_TRUE(startWindowManager());
+    const QString one = openTerminal(QStringLiteral("kivo-e2e-one"));
+    const QString two = openTerminal(QStringLiteral("kivo-e2e-two"));
+    const auto settings =
+        ApplicationSettings::openFile(home_.filePath(QStringLiteral("config/Kivo/Kivo.conf")));
+    settings->setMaximumGapLength(2.0);
+    // Long enough that a slow pointer move on a busy machine never looks like idleness.
+    settings->setIdleTimeout(5.0);
+    xdotool(QStringLiteral("windowactivate --sync ") + one);
+
+    // Pointer moves keep the X server's idle time short; each waits for a condition or a time.
+    bool isLeft = false;
+    const auto nudge = [&] {
+        isLeft = !isLeft;
+        xdotool(isLeft ? QStringLiteral("mousemove 100 100") : QStringLiteral("mousemove 200 200"));
+        QThread::msleep(300);
+    };
+    const auto nudgeFor = [&](int ms) {
+        for (const QDeadlineTimer deadline(ms); !deadline.hasExpired();) {
+            nudge();
+        }
+    };
+    nudge();
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_);
+    ASSERT_TRUE(waitForStore());
+    OutputWatch output(kivo);
+    const auto waitFor = [&](const char* line, qsizetype times, bool isNudging) {
+        for (const QDeadlineTimer deadline(30'000); output.count(line) < times;) {
+            if (deadline.hasExpired()) {
+                return false;
+            }
+            isNudging ? nudge() : QThread::msleep(100);
+        }
+        return true;
+    };
+    const auto now = [] { return toEpochSeconds(SystemClock().now()); };
+    nudgeFor(3'000);
+
+    // Idle past the timeout, then three seconds more; the pointer brings the user back.
+    ASSERT_TRUE(waitFor("Paused: away", 1, false));
+    const double idlePaused = now();
+    QThread::msleep(3'000);
+    const double idleBack = now();
+    ASSERT_TRUE(waitFor("Recording again", 1, true));
+    nudgeFor(2'000);
+
+    // Locked while the pointer keeps moving.
+    session.isLocked = true;
+    ASSERT_TRUE(waitFor("Paused: away", 2, true));
+    const double lockPaused = now();
+    nudgeFor(3'000);
+    const double unlocked = now();
+    session.isLocked = false;
+    ASSERT_TRUE(waitFor("Recording again", 2, true));
+    nudgeFor(2'000);
+
+    // Another window, long enough for the first one's capture to end and be written.
+    xdotool(QStringLiteral("windowactivate --sync ") + two);
+    nudgeFor(4'000);
+    EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
+
+    const auto store = RecordStore::open(storePath(), RecordStore::Mode::ReadOnly);
+    const auto activities = store->fetch<Activity>({"", {}, "startAt"});
+    // The second window's capture is recorded at the clean end.
+    ASSERT_EQ(activities.size(), 2u) << "both absences outlasted the gap, yet nothing ended";
+    const Activity& first = activities[0];
+    EXPECT_EQ(first.title, QStringLiteral("kivo-e2e-one"));
+    EXPECT_EQ(activities[1].title, QStringLiteral("kivo-e2e-two"));
+    // Each absence was at least as long as seen here and adds one period on the return; how
+    // much longer it was depends on when this test saw Kivo pause, hence a wide lower bound.
+    const double span = toEpochSeconds(first.endAt) - toEpochSeconds(first.startAt);
+    const double away = (idleBack - idlePaused) + (unlocked - lockPaused);
+    const double duration = static_cast<double>(first.duration);
+    EXPECT_LE(duration, span - away + 2 * 1.0 + 1.0) << "span " << span << ", away " << away;
+    EXPECT_GE(duration, span - away - 2 * 3.0 - 1.0) << "span " << span << ", away " << away;
+    EXPECT_EQ(totalDuration(store->fetch<AppUsage>()), first.duration + activities[1].duration);
 }
 
 TEST_F(RecordingTest, WithoutADesktopToRecordSaysSoInOneLineAndRecordsNothing) {

@@ -86,6 +86,26 @@ TEST(ApplicationSettings, HandWrittenValuesThatAreNoUsableDurationReadAsDefaults
     }
 }
 
+TEST(ApplicationSettings, IdleTimeoutDefaultsTo300AndZeroTurnsItOff) {
+    TempHome home;
+    const auto settings = home.openSettings();
+    EXPECT_EQ(settings->idleTimeout(), 300.0);
+    // What the setter is given, and what is read back.
+    const std::pair<double, double> cases[] = {{0.0, 0.0}, {-5.0, 0.0}, {0.5, 1.0}, {600.0, 600.0}};
+    for (const auto& [given, read] : cases) {
+        settings->setIdleTimeout(given);
+        EXPECT_EQ(home.openSettings()->idleTimeout(), read) << "given " << given;
+    }
+    writeByHand(home, QStringLiteral("idleTimeout"), QStringLiteral("soon"));
+    EXPECT_EQ(settings->idleTimeout(), 300.0) << "no number reads as unset";
+    for (const char* unusable : {"nan", "-inf", "-3"}) {
+        writeByHand(home, QStringLiteral("idleTimeout"), QString::fromLatin1(unusable));
+        EXPECT_EQ(settings->idleTimeout(), 300.0) << unusable;
+    }
+    writeByHand(home, QStringLiteral("idleTimeout"), 0.2);
+    EXPECT_EQ(settings->idleTimeout(), 0.2);
+}
+
 TEST(ApplicationSettings, SavedTreeMustBeAByteArrayValue) {
     TempHome home;
     const QByteArray document = R"([{"id":"A"}])";
@@ -108,7 +128,7 @@ TEST(ApplicationSettings, TogglesPersistAndAnnounceChanges) {
     EXPECT_TRUE(home.openSettings()->isCompactColumns());
 }
 
-TEST(ApplicationState, AnnouncesOnlyRealChangesOfBackground) {
+TEST(ApplicationState, AnnouncesOnlyRealChangesOfBackgroundAndAway) {
     ApplicationState state;
     QSignalSpy changes(&state, &ApplicationState::isBackgroundChanged);
     EXPECT_FALSE(state.isBackground());
@@ -116,6 +136,12 @@ TEST(ApplicationState, AnnouncesOnlyRealChangesOfBackground) {
     state.setIsBackground(true);
     state.setIsBackground(false);
     EXPECT_EQ(changes.count(), 2);
+
+    QSignalSpy awayChanges(&state, &ApplicationState::isAwayChanged);
+    state.setIsAway(true);
+    state.setIsAway(true);
+    EXPECT_TRUE(state.isAway());
+    EXPECT_EQ(awayChanges.count(), 1);
 }
 
 }  // namespace

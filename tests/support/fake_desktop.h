@@ -6,6 +6,7 @@
 #include "capture/application_catalog.h"
 #include "capture/browser_tabs.h"
 #include "capture/focused_window.h"
+#include "capture/presence.h"
 
 namespace kivo::test {
 
@@ -33,6 +34,27 @@ struct FakeBrowserTabs final : BrowserTabs {
     BrowserTabAnswer frontTab(const FocusedWindow& window) override {
         asked.push_back(window);
         return answer;
+    }
+};
+
+// A desktop that says about the user what the test has set, and counts the questions asked.
+struct FakePresence final : PresenceSource {
+    bool locked = false;
+    std::optional<Seconds> idle;
+    bool inhibited = false;
+    int questions = 0;
+
+    bool isLocked() override {
+        ++questions;
+        return locked;
+    }
+    std::optional<Seconds> idleTime() override {
+        ++questions;
+        return idle;
+    }
+    bool isIdleInhibited() override {
+        ++questions;
+        return inhibited;
     }
 };
 
