@@ -333,6 +333,8 @@ TEST_F(RecorderTest, ThousandSlowPatternsCostATickItsMatchingBudgetOnly) {
                                   u"1002 filters count as not matching"_s))
         << budgetLines[1].toStdString();
     EXPECT_LE(diagnostics.lines.size(), 2 + 10) << "a few patterns named, not a thousand";
+}
+
 TEST(Presence, LockedBeatsEverythingAndIdleNeedsATimeoutAnIdleTimeBeyondItAndNoInhibitor) {
     const struct {
         bool locked;

@@ -101,19 +101,23 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     focus("kivo-e2e-one", backToOne);
     // Long enough for the renamed capture to be unseen for more than the gap of 2 s.
     QThread::msleep(4'500);
+    Moment stopped;
+    stopped.before = now();
     EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
+    stopped.after = now();
 
-    // The second stretch of "one" is still open when Kivo ends, and open captures are not kept.
+    // The second stretch of "one" is still open when Kivo ends cleanly: it is recorded too.
     const auto store = RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
     const auto activities = store->fetch<Activity>({"", {}, "startAt"});
-    ASSERT_EQ(activities.size(), 3u);
+    ASSERT_EQ(activities.size(), 4u);
     const struct {
         const char* title;
         Moment from;
         Moment to;
     } expected[] = {{"kivo-e2e-one", {ready - 1.0, ready}, toTwo},
                     {"kivo-e2e-two", toTwo, renamed},
-                    {"kivo-e2e-two-renamed", renamed, backToOne}};
+                    {"kivo-e2e-two-renamed", renamed, backToOne},
+                    {"kivo-e2e-one", backToOne, stopped}};
     // Each edge is seen up to a tick (1 s) late; a busy machine adds a little everywhere.
     constexpr double lateness = 2.0;
     for (std::size_t i = 0; i < activities.size(); ++i) {
