@@ -97,7 +97,7 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
         ->setMaximumGapLength(2.0);
 
     xdotool(QStringLiteral("windowactivate --sync ") + one);
-    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_);
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_);
     // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
     for (const QDeadlineTimer deadline(30'000);; QThread::msleep(100)) {
         try {
@@ -181,7 +181,7 @@ TEST_F(RecordingTest, WithoutADesktopToRecordSaysSoInOneLineAndRecordsNothing) {
     for (const auto& [display, message] : cases) {
         SCOPED_TRACE(message);
         environment_.insert(QStringLiteral("DISPLAY"), display);
-        ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_);
+        ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_);
         ASSERT_TRUE(kivo.process().waitForFinished(30'000));
         EXPECT_NE(kivo.process().exitCode(), 0);
         const QByteArray error = kivo.process().readAllStandardError();
