@@ -13,13 +13,17 @@ QMessageBox* showMissingBackendWarning(QWidget* parent, const QString& failure) 
     box->setObjectName(QStringLiteral("MissingBackendWarning"));
     box->setIcon(QMessageBox::Warning);
     box->setWindowTitle(QStringLiteral("Kivo"));
-    box->setText(QStringLiteral("Kivo Cannot See Which Window Is in Front"));
+    box->setText(QStringLiteral("<b>Kivo Cannot See Which Window Is in Front</b>"));
+    QString reason = failure;
+    if (!reason.isEmpty()) {
+        reason[0] = reason[0].toUpper();
+    }
     box->setInformativeText(
         QStringLiteral("%1.\n\nKivo needs an X11 session with a window manager that follows the "
                        "EWMH standard (most do) to read the focused window; Wayland sessions "
                        "are not supported yet. Kivo keeps running and starts recording as soon "
                        "as it can read the focused window.")
-            .arg(failure));
+            .arg(reason));
     QPushButton* open =
         box->addButton(QStringLiteral("Open Getting Started"), QMessageBox::AcceptRole);
     open->setAccessibleName(QStringLiteral("OpenGettingStartedButton"));
@@ -27,6 +31,7 @@ QMessageBox* showMissingBackendWarning(QWidget* parent, const QString& failure) 
     box->setDefaultButton(open);
     QObject::connect(open, &QPushButton::clicked, box,
                      [] { openHelpPage(HelpPage::gettingStarted); });
+    box->setMinimumWidth(460);
     box->open();
     return box;
 }

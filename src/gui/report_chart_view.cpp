@@ -3,10 +3,12 @@
 #include <QBarCategoryAxis>
 #include <QBarSet>
 #include <QChart>
+#include <QChartView>
 #include <QHorizontalBarSeries>
 #include <QLegend>
 #include <QPieSeries>
 #include <QPieSlice>
+#include <QResizeEvent>
 #include <QValueAxis>
 
 #include "gui/chart_style.h"
@@ -15,6 +17,8 @@
 namespace kivo {
 
 namespace {
+
+constexpr int legendBesideWidth = 520;
 
 QString chartName(ReportKind kind) {
     switch (kind) {
@@ -71,12 +75,28 @@ void ReportChartView::showPie(const std::vector<ReportRow>& rows, std::int64_t d
                                chartLabel(kind_, row), percentageText(row.duration, durationTotal)),
                            static_cast<double>(row.duration));
         slice->setColor(colors[static_cast<int>(i % static_cast<std::size_t>(colors.size()))]);
-        slice->setBorderColor(chart->backgroundBrush().color());
+        // Thin gaps between slices; a single slice needs none.
+        slice->setBorderColor(rows.size() > 1 ? chart->backgroundBrush().color() : slice->color());
     }
     chart->addSeries(series);
-    chart->legend()->setAlignment(Qt::AlignRight);
     chart->legend()->setShowToolTips(true);
+    QFont legendFont = chart->legend()->font();
+    legendFont.setPointSizeF(legendFont.pointSizeF() * 0.9);
+    chart->legend()->setFont(legendFont);
     showChart(chart);
+    placeLegend();
+}
+
+void ReportChartView::resizeEvent(QResizeEvent* event) {
+    ChartPanel::resizeEvent(event);
+    placeLegend();
+}
+
+void ReportChartView::placeLegend() {
+    if (QChart* chart = chartView().chart(); chart != nullptr && chart->legend()->isVisible()) {
+        chart->legend()->setAlignment(width() >= legendBesideWidth ? Qt::AlignRight
+                                                                   : Qt::AlignBottom);
+    }
 }
 
 void ReportChartView::showBars(const std::vector<ReportRow>& rows) {
@@ -103,13 +123,15 @@ void ReportChartView::showBars(const std::vector<ReportRow>& rows) {
     series->setBarWidth(0.6);
     chart->addSeries(series);
     auto* names = new QBarCategoryAxis;
+    names->setGridLineVisible(false);
     names->append(categories);
     chart->addAxis(names, Qt::AlignLeft);
     series->attachAxis(names);
     auto* hours = new QValueAxis;
-    hours->setRange(0.0, largest > 0.0 ? largest * 1.1 : 1.0);
-    hours->setLabelFormat(QStringLiteral("%.1f h"));
-    hours->setTickCount(5);
+    hours->setRange(0.0, largest > 0.0 ? largest : 1.0);
+    hours->setTickCount(width() >= legendBesideWidth ? 5 : 3);
+    hours->applyNiceNumbers();
+    hours->setLabelFormat(QStringLiteral("%g h"));
     chart->addAxis(hours, Qt::AlignBottom);
     series->attachAxis(hours);
     chart->legend()->hide();

@@ -15,7 +15,12 @@ public:
 
     void setRows(const std::vector<ReportRow>& rows, std::int64_t durationTotal, bool isPieChart);
 
+protected:
+    // The legend beside a pie where there is room, under it where there is not.
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
+    void placeLegend();
     void showPie(const std::vector<ReportRow>& rows, std::int64_t durationTotal);
     void showBars(const std::vector<ReportRow>& rows);
 

@@ -117,10 +117,14 @@ QVariant ReportTableModel::data(const QModelIndex& index, int role) const {
 }
 
 QVariant ReportTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    const int time = durationColumn();
+    if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole) {
+        return QVariant::fromValue(section >= time ? Qt::AlignRight | Qt::AlignVCenter
+                                                   : Qt::AlignLeft | Qt::AlignVCenter);
+    }
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
         return {};
     }
-    const int time = durationColumn();
     if (section == 0) {
         return nameHeader(kind_);
     }

@@ -9,6 +9,8 @@
 #include "gui/report_rows.h"
 
 QT_BEGIN_NAMESPACE
+class QLabel;
+class QSplitter;
 class QTableView;
 QT_END_NAMESPACE
 
@@ -41,6 +43,10 @@ Q_SIGNALS:
     // activity list to narrow to.
     void selectionKeysChanged(const QStringList& keys);
 
+protected:
+    // Table beside chart where there is room, the chart below the table where there is not.
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void applyColumnLayout();
     void emitSelectionKeys();
@@ -49,6 +55,8 @@ private:
     ReportTableModel* model_ = nullptr;
     QTableView* table_ = nullptr;
     ReportChartView* chart_ = nullptr;
+    QSplitter* splitter_ = nullptr;
+    QLabel* totalLabel_ = nullptr;
     ReportRows rows_;
     bool isShowPieChart_ = true;
 };

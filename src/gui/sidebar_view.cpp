@@ -99,6 +99,8 @@ SidebarView::SidebarView(ProjectTreeViewModel& tree, QWidget* parent)
     treeView_->setDefaultDropAction(Qt::MoveAction);
     treeView_->setDropIndicatorShown(true);
     treeView_->setUniformRowHeights(true);
+    // Rows a little taller than the font, so that a click lands where the user aims.
+    treeView_->setStyleSheet(QStringLiteral("QTreeView::item { padding: 3px 0px; }"));
     treeView_->setIndentation(14);
     treeView_->setContextMenuPolicy(Qt::CustomContextMenu);
     treeView_->header()->setStretchLastSection(false);

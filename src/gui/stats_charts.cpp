@@ -8,8 +8,8 @@
 #include <QHBoxLayout>
 #include <QLegend>
 #include <QPercentBarSeries>
+#include <QPushButton>
 #include <QStackedBarSeries>
-#include <QToolButton>
 #include <QVBoxLayout>
 #include <QValueAxis>
 #include <algorithm>
@@ -51,10 +51,12 @@ void ProductivityBarChartView::refresh(RecordStore& store, const ReportSelection
     series->setBarWidth(0.55);
     series->setLabelsVisible(true);
     series->setLabelsFormat(QStringLiteral("@value%"));
-    series->setLabelsPosition(QAbstractBarSeries::LabelsOutsideEnd);
+    series->setLabelsPosition(QAbstractBarSeries::LabelsInsideEnd);
+    set->setLabelColor(Qt::white);
     chart->addSeries(series);
     auto* dayAxis = new QBarCategoryAxis;
     dayAxis->append(days);
+    dayAxis->setGridLineVisible(false);
     chart->addAxis(dayAxis, Qt::AlignBottom);
     series->attachAxis(dayAxis);
     auto* scoreAxis = new QValueAxis;
@@ -76,11 +78,10 @@ ProjectBarChartView::ProjectBarChartView(QWidget* parent) : QWidget(parent) {
     picker->addStretch();
     auto* group = new QButtonGroup(this);
     const auto addChoice = [&](const QString& text, const QString& name) {
-        auto* button = new QToolButton;
-        button->setText(text);
+        auto* button = new QPushButton(text);
         button->setAccessibleName(name);
         button->setCheckable(true);
-        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
+        button->setAutoDefault(false);
         button->setMinimumWidth(96);
         group->addButton(button);
         picker->addWidget(button);
@@ -171,11 +172,12 @@ void ProjectBarChartView::redraw() {
     double largest = 0.0;
     for (const auto& [day, total] : dayTotals_) {
         const QString label = formatDurationLabel(total).trimmed();
-        days.append(label.isEmpty() ? day : QStringLiteral("%1 · %2").arg(day, label));
+        days.append(label.isEmpty() ? day : QStringLiteral("%1<br>%2").arg(day, label));
         largest = std::max(largest, static_cast<double>(total) / 3600.0);
     }
     auto* dayAxis = new QBarCategoryAxis;
     dayAxis->append(days);
+    dayAxis->setGridLineVisible(false);
     chart->addAxis(dayAxis, Qt::AlignBottom);
     series->attachAxis(dayAxis);
     auto* valueAxis = new QValueAxis;
@@ -183,8 +185,10 @@ void ProjectBarChartView::redraw() {
         valueAxis->setRange(0.0, 100.0);
         valueAxis->setLabelFormat(QStringLiteral("%d%%"));
     } else {
-        valueAxis->setRange(0.0, std::max(1.0, std::ceil(largest)));
-        valueAxis->setLabelFormat(QStringLiteral("%.0f h"));
+        valueAxis->setRange(0.0, std::max(1.0, largest));
+        valueAxis->setTickCount(5);
+        valueAxis->applyNiceNumbers();
+        valueAxis->setLabelFormat(QStringLiteral("%g h"));
     }
     chart->addAxis(valueAxis, Qt::AlignLeft);
     series->attachAxis(valueAxis);

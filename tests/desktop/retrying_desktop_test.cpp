@@ -1,7 +1,8 @@
 // A session without a usable desktop at start: recording waits and picks up once one appears.
+#include "desktop/retrying_desktop.h"
+
 #include <gtest/gtest.h>
 
-#include "desktop/retrying_desktop.h"
 #include "support/fake_desktop.h"
 #include "support/manual_clock.h"
 
