@@ -35,8 +35,6 @@ public:
     // Brings the main window back to the front; before start() does nothing.
     void reopenMainWindow();
 
-    MainWindow* mainWindow() const { return mainWindow_.get(); }
-
 private:
     void chooseFocusedWindowSource();
     void followActivation();

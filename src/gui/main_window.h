@@ -87,7 +87,6 @@ public:
     bool isCompactColumns() const { return isCompactColumns_; }
     void setIsCompactColumns(bool value);
     bool isDetailUnified() const { return isDetailUnified_; }
-    bool isShowPieChart() const { return isShowPieChart_; }
     void setIsShowPieChart(bool value);
 
     void openDatePicker();
@@ -97,9 +96,7 @@ public:
     SidebarView& sidebar() const { return *sidebar_; }
     ReportView& reportView(ReportKind kind) const;
     ProductivityBarChartView& productivityChart() const { return *productivityChart_; }
-    ProjectBarChartView& projectChart() const { return *projectChart_; }
     const DetailSelections& detailSelections() const { return detailSelections_; }
-    const QHash<QString, QIcon>& appIcons() const { return appIcons_; }
     const QTimer& productivityTimer() const { return productivityTimer_; }
     QToolButton& dayBackButton() const { return *dayBackButton_; }
     QToolButton& dayForwardButton() const { return *dayForwardButton_; }

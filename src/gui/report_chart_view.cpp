@@ -128,8 +128,8 @@ void ReportChartView::showBars(const std::vector<ReportRow>& rows) {
     chart->addAxis(names, Qt::AlignLeft);
     series->attachAxis(names);
     auto* hours = new QValueAxis;
-    hours->setRange(0.0, largest > 0.0 ? largest : 1.0);
-    hours->setTickCount(width() >= legendBesideWidth ? 5 : 3);
+    hours->setRange(0.0, largest > 0.0 ? largest * 1.05 : 1.0);
+    hours->setTickCount(5);
     hours->applyNiceNumbers();
     hours->setLabelFormat(QStringLiteral("%g h"));
     chart->addAxis(hours, Qt::AlignBottom);

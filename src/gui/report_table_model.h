@@ -19,7 +19,6 @@ public:
 
     explicit ReportTableModel(ReportKind kind, QObject* parent = nullptr);
 
-    ReportKind kind() const { return kind_; }
     // Icons of the applications by bundle id; a missing one shows the unknown-application glyph.
     void setIcons(const QHash<QString, QIcon>* icons) { icons_ = icons; }
     void setRows(std::vector<ReportRow> rows, std::int64_t durationTotal);

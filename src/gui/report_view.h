@@ -28,7 +28,6 @@ class ReportView : public QWidget {
 public:
     ReportView(ReportKind kind, const QHash<QString, QIcon>& icons, QWidget* parent = nullptr);
 
-    ReportKind kind() const { return kind_; }
     void refresh(RecordStore& store, const ReportSelection& selection, QDate minDate,
                  QDate maxDate);
     void setIsShowPieChart(bool value);

@@ -35,9 +35,7 @@ public:
     explicit ProjectBarChartView(QWidget* parent = nullptr);
     void refresh(RecordStore& store, const ReportSelection& selection, QDate today);
 
-    bool isPercentageGraph() const { return isPercentageGraph_; }
     void setIsPercentageGraph(bool value);
-    ChartPanel& panel() const { return *panel_; }
 
 private:
     void redraw();
