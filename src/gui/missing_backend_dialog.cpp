@@ -31,7 +31,6 @@ QMessageBox* showMissingBackendWarning(QWidget* parent, const QString& failure) 
     box->setDefaultButton(open);
     QObject::connect(open, &QPushButton::clicked, box,
                      [] { openHelpPage(HelpPage::gettingStarted); });
-    box->setMinimumWidth(460);
     box->open();
     return box;
 }

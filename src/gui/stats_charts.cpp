@@ -83,6 +83,12 @@ ProjectBarChartView::ProjectBarChartView(QWidget* parent) : QWidget(parent) {
         button->setCheckable(true);
         button->setAutoDefault(false);
         button->setMinimumWidth(96);
+        // A segmented control: the chosen half stands out in the highlight colour.
+        button->setStyleSheet(QStringLiteral(
+            "QPushButton { border: 1px solid palette(mid); padding: 3px 12px; "
+            "background: palette(button); color: palette(button-text); }"
+            "QPushButton:checked { background: palette(highlight); "
+            "color: palette(highlighted-text); border-color: palette(highlight); }"));
         group->addButton(button);
         picker->addWidget(button);
         return button;
@@ -172,7 +178,8 @@ void ProjectBarChartView::redraw() {
     double largest = 0.0;
     for (const auto& [day, total] : dayTotals_) {
         const QString label = formatDurationLabel(total).trimmed();
-        days.append(label.isEmpty() ? day : QStringLiteral("%1<br>%2").arg(day, label));
+        days.append(label.isEmpty() ? day
+                                    : QStringLiteral("<center>%1<br>%2</center>").arg(day, label));
         largest = std::max(largest, static_cast<double>(total) / 3600.0);
     }
     auto* dayAxis = new QBarCategoryAxis;
