@@ -20,7 +20,7 @@ case "$command" in
   run)
     scripts/setup
     configure_and_build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
-    exec build/src/kivo "$@"
+    exec build/src/app/kivo "$@"
     ;;
   test)
     scripts/setup

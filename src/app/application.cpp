@@ -3,8 +3,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "cli/report_command.h"
 #include "app/tracker_command.h"
+#include "app/window_command.h"
+#include "cli/report_command.h"
 
 namespace kivo {
 
@@ -12,10 +13,13 @@ namespace {
 
 constexpr const char* usage =
     "Usage: kivo [--help | --version]\n"
+    "       kivo record\n"
     "       kivo report [--from YYYY-MM-DD] [--to YYYY-MM-DD] [--days N] [--json]\n"
     "\n"
-    "Without a command Kivo records which application is in front, once per tick, into\n"
-    "its store until it is interrupted. `kivo report` prints where the time went.\n";
+    "Without a command Kivo opens its window and tray item and records which application is\n"
+    "in front, once per tick, until you quit it; starting it again brings the window back.\n"
+    "`kivo record` records the same way without a window until it is interrupted.\n"
+    "`kivo report` prints where the time went.\n";
 
 }  // namespace
 
@@ -31,11 +35,14 @@ int runApplication(int argc, char* argv[]) {
         std::printf("kivo %s\n", KIVO_VERSION);
         return 0;
     }
+    if (argc == 2 && std::strcmp(argv[1], "record") == 0) {
+        return runTracker(argc, argv);
+    }
     if (argc > 1) {
         std::fputs(usage, stderr);
         return 2;
     }
-    return runTracker(argc, argv);
+    return runWindow(argc, argv);
 }
 
 }  // namespace kivo

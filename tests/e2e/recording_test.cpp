@@ -151,7 +151,7 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
     int output[2];
     ASSERT_EQ(::pipe2(output, O_CLOEXEC), 0);
     ::close(output[0]);
-    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_, QString(),
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_, QString(),
                        [writeEnd = output[1]] { ::dup2(writeEnd, STDOUT_FILENO); });
     ::close(output[1]);
     ASSERT_TRUE(waitForStore());
@@ -231,7 +231,7 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
     std::vector<std::unique_ptr<ScopedProcess>> trackers;
     for (int started = 0; started < 2; ++started) {  // at the same moment
         trackers.push_back(std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY),
-                                                           QStringList(), environment_));
+                                                           QStringList{QStringLiteral("record")}, environment_));
     }
     const auto refusedOne = [&]() -> ScopedProcess* {
         for (const auto& tracker : trackers) {
@@ -248,7 +248,7 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
     ASSERT_TRUE(waitForStore());
     // One started while the first records is refused the same way.
     trackers.push_back(
-        std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY), QStringList(), environment_));
+        std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY), QStringList{QStringLiteral("record")}, environment_));
     ASSERT_TRUE(trackers.back()->process().waitForFinished(30'000));
     // Stretches of the solo window, each written once it is left for longer than the gap, until
     // one is in the store (a loaded machine may start ticking late).
@@ -331,7 +331,7 @@ TEST_F(RecordingTest, TimeAwayAddsNothingAndTheSameCaptureContinuesAfterwards) {
         }
     };
     nudge();
-    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_);
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_);
     ASSERT_TRUE(waitForStore());
     OutputWatch output(kivo);
     const auto waitFor = [&](const char* line, qsizetype times, bool isNudging) {
@@ -395,7 +395,7 @@ TEST_F(RecordingTest, WithoutADesktopToRecordSaysSoInOneLineAndRecordsNothing) {
     for (const auto& [display, message] : cases) {
         SCOPED_TRACE(message);
         environment_.insert(QStringLiteral("DISPLAY"), display);
-        ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment_);
+        ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_);
         ASSERT_TRUE(kivo.process().waitForFinished(30'000));
         EXPECT_NE(kivo.process().exitCode(), 0);
         const QByteArray error = kivo.process().readAllStandardError();

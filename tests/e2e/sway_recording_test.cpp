@@ -72,7 +72,7 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
 
     const QString storePath = home.filePath(QStringLiteral("data/Kivo/kivo.sqlite"));
     ScopedProcess kivo(
-        QStringLiteral(KIVO_BINARY), {},
+        QStringLiteral(KIVO_BINARY), {QStringLiteral("record")},
         kivoEnvironment(home, session.displayPath(), session.swaySocket(), QStringLiteral("sway")));
     // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
     for (const QDeadlineTimer deadline(30'000);; QThread::msleep(100)) {
@@ -154,7 +154,7 @@ TEST(SwayRecordingTest, OnAWaylandDesktopItCannotReadSaysSoInOneLineAndNeverFall
                             QByteArray(), QString::fromLatin1(desktop));
         // An X display beside the Wayland one is XWayland's, which sees only X clients.
         environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":0"));
-        ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {}, environment);
+        ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment);
         ASSERT_TRUE(kivo.process().waitForFinished(30'000));
         EXPECT_NE(kivo.process().exitCode(), 0);
         const QByteArray error = kivo.process().readAllStandardError();

@@ -1,0 +1,73 @@
+#include "gui/kivo_app.h"
+
+#include <QApplication>
+#include <QMenuBar>
+
+#include "desktop/desktop_factory.h"
+#include "desktop/retrying_desktop.h"
+#include "gui/icons.h"
+#include "gui/main_window.h"
+#include "gui/missing_backend_dialog.h"
+#include "gui/tray_item.h"
+#include "model/diagnostics.h"
+#include "model/open_store.h"
+
+namespace kivo {
+
+KivoApp::KivoApp(BrowserTabs& browserTabs, QObject* parent)
+    : QObject(parent),
+      store_(openStoreOrExit(RecordStore::defaultPath())),
+      settings_(ApplicationSettings::openDefault()),
+      catalog_(XdgEnvironment::fromProcess()) {
+    chooseFocusedWindowSource();
+    recorder_ = std::make_unique<Recorder>(*desktop_, browserTabs, *store_, *settings_, clock_);
+    mainWindow_ = std::make_unique<MainWindow>(
+        WindowServices{*store_, *settings_, productivity_, *recorder_, catalog_, clock_});
+    actions_.fillMenuBar(*mainWindow_->menuBar());
+    connect(&actions_, &ApplicationActions::mainWindowRequested, this, &KivoApp::reopenMainWindow);
+    connect(&actions_, &ApplicationActions::quitRequested, qApp, &QCoreApplication::quit);
+    followActivation();
+}
+
+KivoApp::~KivoApp() = default;
+
+void KivoApp::chooseFocusedWindowSource() {
+    auto choice = chooseDesktop(catalog_);
+    if (choice.focusedWindow) {
+        desktop_ = std::move(choice.focusedWindow);
+        return;
+    }
+    desktopFailure_ = choice.failure;
+    printDiagnostic(u"No desktop backend reads the focused window: " + desktopFailure_);
+    desktop_ =
+        std::make_unique<RetryingDesktop>([this] { return chooseDesktop(catalog_); }, clock_);
+}
+
+void KivoApp::followActivation() {
+    connect(qApp, &QGuiApplication::applicationStateChanged, this,
+            [this](Qt::ApplicationState state) {
+                state_.setIsBackground(state != Qt::ApplicationActive);
+            });
+}
+
+void KivoApp::start() {
+    mainWindow_->show();
+    // Shown also when no tray host runs yet: Qt adds the item once one appears.
+    tray_ = std::make_unique<TrayItem>(productivity_, actions_);
+    tray_->show();
+    hasStarted_ = true;
+    if (!desktopFailure_.isEmpty()) {
+        showMissingBackendWarning(mainWindow_.get(), desktopFailure_);
+    }
+}
+
+void KivoApp::reopenMainWindow() {
+    if (!hasStarted_) {
+        return;
+    }
+    mainWindow_->showNormal();
+    mainWindow_->raise();
+    mainWindow_->activateWindow();
+}
+
+}  // namespace kivo

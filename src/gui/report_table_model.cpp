@@ -1,0 +1,184 @@
+#include "gui/report_table_model.h"
+
+#include <algorithm>
+
+#include "gui/icons.h"
+#include "reports/percentage.h"
+#include "tree/duration_label.h"
+
+namespace kivo {
+
+namespace {
+
+QString nameHeader(ReportKind kind) {
+    switch (kind) {
+        case ReportKind::applications:
+            return QStringLiteral("Application");
+        case ReportKind::websites:
+            return QStringLiteral("Website");
+        case ReportKind::tags:
+            return QStringLiteral("Tag");
+        case ReportKind::projects:
+            return QStringLiteral("Project");
+    }
+    return {};
+}
+
+}  // namespace
+
+ReportTableModel::ReportTableModel(ReportKind kind, QObject* parent)
+    : QAbstractTableModel(parent), kind_(kind) {
+    if (kind_ == ReportKind::applications) {
+        unknownIcon_ = glyphIcon(QStringLiteral("application-x-executable"),
+                                 QStringLiteral("application-unknown"));
+    }
+}
+
+bool ReportTableModel::hasProjectColumn() const {
+    return kind_ == ReportKind::tags && !isCompactColumns_;
+}
+
+int ReportTableModel::durationColumn() const {
+    return hasProjectColumn() ? 2 : 1;
+}
+
+void ReportTableModel::setRows(std::vector<ReportRow> rows, std::int64_t durationTotal) {
+    beginResetModel();
+    rows_ = std::move(rows);
+    durationTotal_ = durationTotal;
+    sortRows();
+    endResetModel();
+}
+
+void ReportTableModel::setIsCompactColumns(bool value) {
+    if (value == isCompactColumns_) {
+        return;
+    }
+    beginResetModel();
+    isCompactColumns_ = value;
+    if (sortColumn_ > 0 && kind_ == ReportKind::tags) {
+        sortColumn_ = durationColumn();  // the time column moved
+    }
+    endResetModel();
+}
+
+int ReportTableModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+}
+
+int ReportTableModel::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : durationColumn() + 2;
+}
+
+QVariant ReportTableModel::data(const QModelIndex& index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) {
+        return {};
+    }
+    const ReportRow& row = rows_[static_cast<std::size_t>(index.row())];
+    const int column = index.column();
+    const int time = durationColumn();
+    switch (role) {
+        case Qt::DisplayRole:
+        case Qt::AccessibleTextRole:
+            if (column == 0) {
+                const QString name = shownName(kind_, row);
+                return kind_ == ReportKind::tags && isCompactColumns_
+                           ? QStringLiteral("%1 · %2").arg(name, row.project)
+                           : name;
+            }
+            if (column == time) {
+                return formatDurationLabel(row.duration).trimmed();
+            }
+            if (column == time + 1) {
+                return percentageText(row.duration, durationTotal_);
+            }
+            return row.project;
+        case Qt::DecorationRole:
+            if (column == 0 && kind_ == ReportKind::applications) {
+                const auto found =
+                    icons_ ? icons_->constFind(row.key) : QHash<QString, QIcon>::const_iterator{};
+                return icons_ && found != icons_->cend() ? *found : unknownIcon_;
+            }
+            return {};
+        case Qt::TextAlignmentRole:
+            return column >= time ? QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter)
+                                  : QVariant();
+        case Qt::ToolTipRole:
+            return column == 0 && !row.project.isEmpty()
+                       ? QStringLiteral("%1 (%2)").arg(shownName(kind_, row), row.project)
+                       : shownName(kind_, row);
+        case keyRole:
+            return row.key;
+        case durationRole:
+            return QVariant::fromValue<qint64>(row.duration);
+        default:
+            return {};
+    }
+}
+
+QVariant ReportTableModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    const int time = durationColumn();
+    if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole) {
+        return QVariant::fromValue(section >= time ? Qt::AlignRight | Qt::AlignVCenter
+                                                   : Qt::AlignLeft | Qt::AlignVCenter);
+    }
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole) {
+        return {};
+    }
+    if (section == 0) {
+        return nameHeader(kind_);
+    }
+    if (section == time) {
+        return QStringLiteral("Time");
+    }
+    if (section == time + 1) {
+        return QStringLiteral("Share");
+    }
+    return QStringLiteral("Project");
+}
+
+void ReportTableModel::sort(int column, Qt::SortOrder order) {
+    sortColumn_ = column;
+    sortOrder_ = order;
+    Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    std::vector<QUuid> ids;
+    for (const QModelIndex& index : before) {
+        ids.push_back(rows_[static_cast<std::size_t>(index.row())].id);
+    }
+    sortRows();
+    QModelIndexList after;
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        const auto found = std::find_if(rows_.begin(), rows_.end(),
+                                        [&](const ReportRow& row) { return row.id == ids[i]; });
+        after.append(
+            index(static_cast<int>(found - rows_.begin()), before[static_cast<int>(i)].column()));
+    }
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+void ReportTableModel::sortRows() {
+    if (sortColumn_ < 0) {
+        return;  // the report's own order: largest first
+    }
+    const bool byName = sortColumn_ == 0;
+    const bool byProject = hasProjectColumn() && sortColumn_ == 1;
+    const auto less = [&](const ReportRow& a, const ReportRow& b) {
+        if (byName) {
+            return QString::localeAwareCompare(shownName(kind_, a), shownName(kind_, b)) < 0;
+        }
+        if (byProject) {
+            return QString::localeAwareCompare(a.project, b.project) < 0;
+        }
+        return a.duration < b.duration;
+    };
+    if (sortOrder_ == Qt::AscendingOrder) {
+        std::stable_sort(rows_.begin(), rows_.end(), less);
+    } else {
+        std::stable_sort(rows_.begin(), rows_.end(),
+                         [&](const ReportRow& a, const ReportRow& b) { return less(b, a); });
+    }
+}
+
+}  // namespace kivo

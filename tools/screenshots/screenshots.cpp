@@ -1,0 +1,273 @@
+// Renders Kivo's windows over a fixture store into PNG files, for looking at them as a user does:
+//   kivo_screenshots OUTPUT_FOLDER light|dark WIDTHxHEIGHT
+// Run it through render.sh, which gives it a private X server.
+#include <QApplication>
+#include <QDir>
+#include <QMenu>
+#include <QMessageBox>
+#include <QScreen>
+#include <QStyleFactory>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QTreeView>
+#include <cstdio>
+#include <random>
+
+#include "capture/recorder.h"
+#include "gui/application_actions.h"
+#include "gui/date_picker_window.h"
+#include "gui/main_window.h"
+#include "gui/missing_backend_dialog.h"
+#include "gui/sidebar_view.h"
+#include "gui/tray_item.h"
+#include "model/local_day.h"
+#include "reports/productivity.h"
+#include "support/fake_desktop.h"
+
+namespace kivo {
+namespace {
+
+const QDate today(2026, 3, 11);
+
+class FixedClock final : public Clock {
+public:
+    Instant now() const override {
+        return fromEpochSeconds(
+            static_cast<double>(QDateTime(today, QTime(17, 30)).toSecsSinceEpoch()));
+    }
+};
+
+struct App {
+    const char* id;
+    const char* name;
+    const char* icon;
+};
+const App apps[] = {
+    {"org.gnome.TextEditor", "Text Editor", "accessories-text-editor"},
+    {"org.kde.konsole", "Konsole", "utilities-terminal"},
+    {"firefox-esr", "Firefox ESR", "firefox-esr"},
+    {"org.gnome.Evolution", "Evolution", "evolution"},
+    {"org.telegram.desktop", "Telegram", "telegram"},
+    {"libreoffice-writer", "LibreOffice Writer", "libreoffice-writer"},
+    {"org.kde.okular", "Okular", "okular"},
+};
+
+struct Tag {
+    const char* project;
+    const char* name;
+    int app;
+    int rating;
+    int weight;  // share of a day, in parts
+    const char* domain;
+};
+const Tag tags[] = {
+    {"Kivo", "Coding", 0, 100, 30, nullptr},
+    {"Kivo", "Terminal", 1, 90, 12, nullptr},
+    {"Kivo", "Qt documentation", 2, 80, 9, "doc.qt.io"},
+    {"Writing", "Articles", 5, 100, 10, nullptr},
+    {"Writing", "Research", 2, 70, 6, "en.wikipedia.org"},
+    {"Email & Chat", "Mail", 3, 40, 8, nullptr},
+    {"Email & Chat", "Chat", 4, 20, 5, nullptr},
+    {"Reading", "Papers", 6, 60, 4, nullptr},
+    {"Reading", "News", 2, 0, 3, "lwn.net"},
+    {"Old Project", "Archive", 0, 50, 2, nullptr},
+};
+
+// Projects, tags and a week of daily totals as recording leaves them.
+void fillStore(RecordStore& store, const Clock& clock) {
+    std::map<QString, Project> projects;
+    std::vector<Filter> filters;
+    for (const Tag& tag : tags) {
+        const QString projectName = QString::fromUtf8(tag.project);
+        if (!projects.contains(projectName)) {
+            auto project = newRecord<Project>(clock.now());
+            project.projectName = projectName;
+            project.isArchived = projectName == u"Old Project";
+            store.insert(project);
+            projects[projectName] = project;
+        }
+        auto filter = newRecord<Filter>(clock.now());
+        filter.projectId = projects[projectName].id;
+        filter.tagName = QString::fromUtf8(tag.name);
+        filter.appBundleId = QString::fromUtf8(apps[tag.app].id);
+        filter.appName = QString::fromUtf8(apps[tag.app].name);
+        filter.rating = tag.rating;
+        store.insert(filter);
+        filters.push_back(filter);
+    }
+    std::mt19937 random(7);
+    std::uniform_real_distribution<double> jitter(0.4, 1.6);
+    for (int daysBack = 6; daysBack >= 0; --daysBack) {
+        const QDate day = today.addDays(-daysBack);
+        const Instant noon =
+            fromEpochSeconds(static_cast<double>(QDateTime(day, QTime(12, 0)).toSecsSinceEpoch()));
+        const double dayLength = day.dayOfWeek() >= 6 ? 2.5 * 3600 : 7.0 * 3600;
+        for (std::size_t i = 0; i < filters.size(); ++i) {
+            const Tag& tag = tags[i];
+            const auto seconds =
+                static_cast<std::int64_t>(dayLength * tag.weight / 89.0 * jitter(random));
+            auto tagUsage = newRecord<TagUsage>(noon);
+            tagUsage.projectId = filters[i].projectId;
+            tagUsage.filterId = filters[i].id;
+            tagUsage.duration = seconds;
+            store.insert(tagUsage);
+            auto appUsage = newRecord<AppUsage>(noon);
+            appUsage.filterId = filters[i].id;
+            appUsage.appBundleId = filters[i].appBundleId;
+            appUsage.appName = filters[i].appName;
+            appUsage.duration = seconds;
+            store.insert(appUsage);
+            auto webUsage = newRecord<WebUsage>(noon);
+            webUsage.filterId = filters[i].id;
+            webUsage.domainName = tag.domain ? QString::fromUtf8(tag.domain) : QString();
+            webUsage.duration = seconds;
+            store.insert(webUsage);
+        }
+    }
+    store.save();
+}
+
+QPalette darkPalette() {
+    QPalette palette;
+    const QColor window(0x2b, 0x2e, 0x31), base(0x1f, 0x22, 0x24), text(0xe6, 0xe8, 0xea);
+    palette.setColor(QPalette::Window, window);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::AlternateBase, QColor(0x27, 0x2a, 0x2d));
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::Button, QColor(0x35, 0x39, 0x3c));
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::ToolTipBase, base);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::PlaceholderText, QColor(0x9a, 0xa0, 0xa6));
+    palette.setColor(QPalette::Highlight, QColor(0x1f, 0x8f, 0x88));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::Link, QColor(0x5f, 0xd0, 0xc0));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, QColor(0x6e, 0x74, 0x7a));
+    }
+    return palette;
+}
+
+void settle() {
+    for (int i = 0; i < 5; ++i) {
+        QApplication::processEvents();
+    }
+}
+
+void save(QWidget& widget, const QString& path) {
+    settle();
+    if (!widget.grab().save(path)) {
+        std::fprintf(stderr, "cannot write %s\n", qUtf8Printable(path));
+    }
+}
+
+struct Session {
+    Session(const QString& folder, bool withData)
+        : store(RecordStore::open(folder + u"/kivo.sqlite")),
+          settings(ApplicationSettings::openFile(folder + u"/Kivo.conf")) {
+        for (const App& app : apps) {
+            catalog.entries.push_back({QString::fromUtf8(app.id), QString::fromUtf8(app.name),
+                                       QString::fromUtf8(app.icon)});
+        }
+        if (withData) {
+            fillStore(*store, clock);
+        }
+        recorder =
+            std::make_unique<Recorder>(desktop.focus, desktop.tabs, *store, *settings, clock);
+        window = std::make_unique<MainWindow>(
+            WindowServices{*store, *settings, productivity, *recorder, catalog, clock});
+        actions.fillMenuBar(*window->menuBar());
+    }
+
+    FixedClock clock;
+    std::unique_ptr<RecordStore> store;
+    std::unique_ptr<ApplicationSettings> settings;
+    test::FakeDesktop desktop;
+    test::FakeApplicationCatalog catalog;
+    Productivity productivity;
+    ApplicationActions actions;
+    std::unique_ptr<Recorder> recorder;
+    std::unique_ptr<MainWindow> window;
+};
+
+int render(const QString& output, const QString& theme, QSize size) {
+    QDir().mkpath(output);
+    const QString prefix =
+        QStringLiteral("%1/%2-%3x%4-").arg(output, theme).arg(size.width()).arg(size.height());
+    QTemporaryDir scratch;
+    QDir().mkpath(scratch.filePath(QStringLiteral("data")));
+    QDir().mkpath(scratch.filePath(QStringLiteral("empty")));
+
+    Session session(scratch.filePath(QStringLiteral("data")), true);
+    MainWindow& window = *session.window;
+    window.resize(size);
+    window.show();
+    window.setSelectedRange(today.addDays(-6), today);
+    const std::pair<MenuType, const char*> sections[] = {
+        {MenuType::projects, "projects"},
+        {MenuType::tags, "tags"},
+        {MenuType::applications, "applications"},
+        {MenuType::websites, "websites"},
+        {MenuType::stats, "stats"},
+    };
+    for (const auto& [type, name] : sections) {
+        window.selectSection(type);
+        save(window, prefix + QString::fromLatin1(name) + u".png");
+    }
+    window.selectSection(MenuType::applications);
+    window.setIsShowPieChart(false);
+    save(window, prefix + u"applications-bars.png");
+    window.setIsCompactColumns(true);
+    window.selectSection(MenuType::tags);
+    save(window, prefix + u"tags-compact-bars.png");
+    window.setIsCompactColumns(false);
+    window.setIsShowPieChart(true);
+
+    // One day, archived projects shown, one project selected in the tree.
+    window.setSelectedRange(today, today);
+    window.treeModel().setIsShowArchivedProject(true);
+    window.selectSection(MenuType::projects);
+    auto& tree = window.sidebar().treeView();
+    tree.setCurrentIndex(tree.model()->index(0, 0, tree.model()->index(0, 0)));
+    save(window, prefix + u"today-archived-selected.png");
+
+    window.openDatePicker();
+    save(*window.datePicker(), prefix + u"date-picker.png");
+    window.datePicker()->close();
+
+    TrayItem tray(session.productivity, session.actions);
+    tray.menu().popup(window.geometry().center());
+    save(tray.menu(), prefix + u"tray-menu.png");
+    tray.menu().hide();
+
+    QMessageBox* warning = showMissingBackendWarning(
+        &window, QStringLiteral("no X11 display to record (DISPLAY is not set)"));
+    save(*warning, prefix + u"missing-backend.png");
+    warning->close();
+    window.hide();
+
+    Session empty(scratch.filePath(QStringLiteral("empty")), false);
+    empty.window->resize(size);
+    empty.window->show();
+    save(*empty.window, prefix + u"empty.png");
+    return 0;
+}
+
+}  // namespace
+}  // namespace kivo
+
+int main(int argc, char* argv[]) {
+    QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() != 4 || !arguments[3].contains(u'x')) {
+        std::fprintf(stderr, "usage: kivo_screenshots OUTPUT_FOLDER light|dark WIDTHxHEIGHT\n");
+        return 2;
+    }
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    if (arguments[2] == u"dark") {
+        QApplication::setPalette(kivo::darkPalette());
+    }
+    const QStringList size = arguments[3].split(u'x');
+    return kivo::render(arguments[1], arguments[2], QSize(size[0].toInt(), size[1].toInt()));
+}
