@@ -3,9 +3,9 @@
 #include <QCoreApplication>
 
 #include "desktop/hyprland/hyprland_desktop.h"
+#include "desktop/presence/session_presence.h"
 #include "desktop/session_environment.h"
 #include "desktop/wlroots/wlroots_desktop.h"
-#include "desktop/presence/session_presence.h"
 #include "desktop/x11/x11_desktop.h"
 #include "desktop/x11/x11_screen_saver.h"
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QMenuBar>
+#include <QStatusBar>
 
 #include "desktop/desktop_factory.h"
 #include "desktop/retrying_desktop.h"
@@ -16,20 +17,37 @@ namespace kivo {
 
 KivoApp::KivoApp(BrowserTabs& browserTabs, QObject* parent)
     : QObject(parent),
+      storeLock_(lockStoreOrExit(RecordStore::defaultPath())),
       store_(openStoreOrExit(RecordStore::defaultPath())),
       settings_(ApplicationSettings::openDefault()),
       catalog_(XdgEnvironment::fromProcess()) {
     chooseFocusedWindowSource();
     recorder_ = std::make_unique<Recorder>(*desktop_, browserTabs, *store_, *settings_, clock_);
+    presence_ = choosePresence();
+    recorder_->watchPresence(*presence_, state_);
     mainWindow_ = std::make_unique<MainWindow>(
         WindowServices{*store_, *settings_, productivity_, *recorder_, catalog_, clock_});
     actions_.fillMenuBar(*mainWindow_->menuBar());
+    // The window says why nothing counts while the user is away, as the tray's tooltip does.
+    connect(&state_, &ApplicationState::isAwayChanged, this, [this](bool isAway) {
+        if (isAway) {
+            mainWindow_->statusBar()->showMessage(QStringLiteral("Paused: away"));
+        } else {
+            mainWindow_->statusBar()->clearMessage();
+        }
+    });
     connect(&actions_, &ApplicationActions::mainWindowRequested, this, &KivoApp::reopenMainWindow);
     connect(&actions_, &ApplicationActions::quitRequested, qApp, &QCoreApplication::quit);
     followActivation();
 }
 
-KivoApp::~KivoApp() = default;
+KivoApp::~KivoApp() {
+    // The clean end: the window's capture timer stops with it, then the open captures are
+    // recorded as if their gap had passed.
+    tray_.reset();
+    mainWindow_.reset();
+    recorder_->finish();
+}
 
 void KivoApp::chooseFocusedWindowSource() {
     auto choice = chooseDesktop(catalog_);
@@ -53,7 +71,7 @@ void KivoApp::followActivation() {
 void KivoApp::start() {
     mainWindow_->show();
     // Shown also when no tray host runs yet: Qt adds the item once one appears.
-    tray_ = std::make_unique<TrayItem>(productivity_, actions_);
+    tray_ = std::make_unique<TrayItem>(productivity_, state_, actions_);
     tray_->show();
     hasStarted_ = true;
     if (!desktopFailure_.isEmpty()) {

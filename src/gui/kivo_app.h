@@ -11,6 +11,7 @@
 #include "model/application_state.h"
 #include "model/instant.h"
 #include "model/record_store.h"
+#include "model/store_lock.h"
 #include "reports/productivity.h"
 
 namespace kivo {
@@ -40,6 +41,8 @@ private:
     void followActivation();
 
     SystemClock clock_;
+    // Held for the life of the process, before the store is touched: one recorder per store.
+    std::unique_ptr<StoreLock> storeLock_;
     std::unique_ptr<RecordStore> store_;
     Productivity productivity_;
     std::unique_ptr<ApplicationSettings> settings_;
@@ -48,6 +51,7 @@ private:
     // Why no backend reads the focused window, or empty when one does.
     QString desktopFailure_;
     std::unique_ptr<FocusedWindowSource> desktop_;
+    std::unique_ptr<PresenceSource> presence_;
     std::unique_ptr<Recorder> recorder_;
     ApplicationActions actions_;
     std::unique_ptr<MainWindow> mainWindow_;

@@ -5,6 +5,7 @@
 
 #include "gui/application_actions.h"
 #include "gui/gauge_icon.h"
+#include "model/application_state.h"
 #include "reports/productivity.h"
 
 namespace kivo {
@@ -13,8 +14,13 @@ QString scoreText(std::int64_t score) {
     return QStringLiteral("%1%").arg(score);
 }
 
-TrayItem::TrayItem(Productivity& productivity, ApplicationActions& actions, QObject* parent)
-    : QObject(parent), menu_(new QMenu), icon_(new QSystemTrayIcon(this)) {
+TrayItem::TrayItem(Productivity& productivity, const ApplicationState& state,
+                   ApplicationActions& actions, QObject* parent)
+    : QObject(parent),
+      productivity_(productivity),
+      state_(state),
+      menu_(new QMenu),
+      icon_(new QSystemTrayIcon(this)) {
     menu_->setObjectName(QStringLiteral("TrayMenu"));
     menu_->setAccessibleName(QStringLiteral("TrayMenu"));
     menu_->addAction(actions.openWindow());
@@ -32,8 +38,9 @@ TrayItem::TrayItem(Productivity& productivity, ApplicationActions& actions, QObj
                     actions.openWindow()->trigger();
                 }
             });
-    connect(&productivity, &Productivity::valueChanged, this, &TrayItem::showScore);
-    showScore(productivity.value());
+    connect(&productivity, &Productivity::valueChanged, this, &TrayItem::showState);
+    connect(&state, &ApplicationState::isAwayChanged, this, &TrayItem::showState);
+    showState();
 }
 
 TrayItem::~TrayItem() {
@@ -48,9 +55,10 @@ QString TrayItem::toolTip() const {
     return icon_->toolTip();
 }
 
-void TrayItem::showScore(std::int64_t score) {
+void TrayItem::showState() {
+    const std::int64_t score = productivity_.value();
     icon_->setIcon(gaugeIcon(score));
-    icon_->setToolTip(scoreText(score));
+    icon_->setToolTip(state_.isAway() ? QStringLiteral("Paused: away") : scoreText(score));
 }
 
 }  // namespace kivo

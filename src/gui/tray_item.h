@@ -12,15 +12,18 @@ QT_END_NAMESPACE
 namespace kivo {
 
 class ApplicationActions;
+class ApplicationState;
 class Productivity;
 
-// The tray item: a gauge with today's score, the tooltip "<score>%", and the application's
-// short menu. It follows the score as it changes.
+// The tray item: a gauge with today's score, the tooltip "<score>%" ("Paused: away" while the
+// user is away, so that it is clear why nothing counts), and the application's short menu. It
+// follows the score and the presence as they change.
 class TrayItem : public QObject {
     Q_OBJECT
 
 public:
-    TrayItem(Productivity& productivity, ApplicationActions& actions, QObject* parent = nullptr);
+    TrayItem(Productivity& productivity, const ApplicationState& state, ApplicationActions& actions,
+             QObject* parent = nullptr);
     ~TrayItem() override;
 
     void show();
@@ -28,7 +31,10 @@ public:
     QMenu& menu() const { return *menu_; }
 
 private:
-    void showScore(std::int64_t score);
+    void showState();
+
+    Productivity& productivity_;
+    const ApplicationState& state_;
 
     QMenu* menu_ = nullptr;
     QSystemTrayIcon* icon_ = nullptr;

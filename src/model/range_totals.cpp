@@ -125,7 +125,7 @@ void putInStoreOrder(std::vector<Raw>& rows) {
 }  // namespace
 
 std::vector<AppUsageGroup> appUsageGroups(RecordStore& store, const DayRange& range,
-                                           const QSet<QUuid>& countedFilters) {
+                                          const QSet<QUuid>& countedFilters) {
     static const std::string sql = rangeSql("AppUsage", "filterId, appBundleId, duration, appName");
     return groupsOf<AppUsageGroup>(
         store, sql, range, countedFilters, 4,
@@ -136,7 +136,7 @@ std::vector<AppUsageGroup> appUsageGroups(RecordStore& store, const DayRange& ra
 }
 
 std::vector<WebUsageGroup> webUsageGroups(RecordStore& store, const DayRange& range,
-                                           const QSet<QUuid>& countedFilters) {
+                                          const QSet<QUuid>& countedFilters) {
     static const std::string sql = rangeSql("WebUsage", "filterId, domainName, duration");
     return groupsOf<WebUsageGroup>(
         store, sql, range, countedFilters, 3,
@@ -147,7 +147,7 @@ std::vector<WebUsageGroup> webUsageGroups(RecordStore& store, const DayRange& ra
 }
 
 std::vector<TagUsageGroup> tagUsageGroups(RecordStore& store, const DayRange& range,
-                                           const QSet<QUuid>& countedFilters) {
+                                          const QSet<QUuid>& countedFilters) {
     static const std::string sql = rangeSql("TagUsage", "filterId, projectId, duration");
     return groupsOf<TagUsageGroup>(
         store, sql, range, countedFilters, 3,

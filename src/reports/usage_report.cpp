@@ -39,7 +39,6 @@ void sortLargestFirst(std::vector<Row>& rows) {
 template <class Row, class Group, class KeyOf, class RowOf, class MiscRow>
 UsageReport<Row> computeReport(const std::vector<Group>& groups, KeyOf keyOf, RowOf rowOf,
                                MiscRow miscRow) {
-
     // A row stands where its earliest counted total stands in store order, and that total names
     // it, as if the totals were read one by one.
     struct Merged {

@@ -151,8 +151,8 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
     int output[2];
     ASSERT_EQ(::pipe2(output, O_CLOEXEC), 0);
     ::close(output[0]);
-    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_, QString(),
-                       [writeEnd = output[1]] { ::dup2(writeEnd, STDOUT_FILENO); });
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_,
+                       QString(), [writeEnd = output[1]] { ::dup2(writeEnd, STDOUT_FILENO); });
     ::close(output[1]);
     ASSERT_TRUE(waitForStore());
     // The first tick may come before this poll has seen the store.
@@ -230,8 +230,8 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
         ->setMaximumGapLength(1.0);
     std::vector<std::unique_ptr<ScopedProcess>> trackers;
     for (int started = 0; started < 2; ++started) {  // at the same moment
-        trackers.push_back(std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY),
-                                                           QStringList{QStringLiteral("record")}, environment_));
+        trackers.push_back(std::make_unique<ScopedProcess>(
+            QStringLiteral(KIVO_BINARY), QStringList{QStringLiteral("record")}, environment_));
     }
     const auto refusedOne = [&]() -> ScopedProcess* {
         for (const auto& tracker : trackers) {
@@ -247,8 +247,8 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
     }
     ASSERT_TRUE(waitForStore());
     // One started while the first records is refused the same way.
-    trackers.push_back(
-        std::make_unique<ScopedProcess>(QStringLiteral(KIVO_BINARY), QStringList{QStringLiteral("record")}, environment_));
+    trackers.push_back(std::make_unique<ScopedProcess>(
+        QStringLiteral(KIVO_BINARY), QStringList{QStringLiteral("record")}, environment_));
     ASSERT_TRUE(trackers.back()->process().waitForFinished(30'000));
     // Stretches of the solo window, each written once it is left for longer than the gap, until
     // one is in the store (a loaded machine may start ticking late).

@@ -7,6 +7,7 @@
 #include "gui/application_actions.h"
 #include "gui/gauge_icon.h"
 #include "gui/tray_item.h"
+#include "model/application_state.h"
 #include "reports/productivity.h"
 
 namespace kivo {
@@ -15,12 +16,19 @@ namespace {
 TEST(TrayItemTest, TooltipAndGaugeFollowTheScore) {
     Productivity productivity;
     ApplicationActions actions;
-    TrayItem tray(productivity, actions);
+    ApplicationState state;
+    TrayItem tray(productivity, state, actions);
     EXPECT_EQ(tray.toolTip(), QStringLiteral("100%"));
     for (const std::int64_t score : {42, 0, -25, 100}) {
         productivity.setValue(score);
         EXPECT_EQ(tray.toolTip(), QString::number(score) + u'%');
     }
+    state.setIsAway(true);
+    EXPECT_EQ(tray.toolTip(), QStringLiteral("Paused: away"));
+    productivity.setValue(7);
+    EXPECT_EQ(tray.toolTip(), QStringLiteral("Paused: away")) << "a new score while away";
+    state.setIsAway(false);
+    EXPECT_EQ(tray.toolTip(), QStringLiteral("7%"));
     // The needle and the figure differ between scores.
     EXPECT_NE(gaugeImage(42, 32), gaugeImage(87, 32));
     EXPECT_EQ(gaugeImage(42, 32), gaugeImage(42, 32));
@@ -28,8 +36,9 @@ TEST(TrayItemTest, TooltipAndGaugeFollowTheScore) {
 
 TEST(TrayItemTest, MenuEntriesInOrderWithUpdatesDisabled) {
     Productivity productivity;
+    ApplicationState state;
     ApplicationActions actions;
-    TrayItem tray(productivity, actions);
+    TrayItem tray(productivity, state, actions);
     QStringList texts;
     for (const QAction* action : tray.menu().actions()) {
         texts.append(action->isSeparator() ? QStringLiteral("-") : action->text());

@@ -20,6 +20,7 @@
 #include "gui/missing_backend_dialog.h"
 #include "gui/sidebar_view.h"
 #include "gui/tray_item.h"
+#include "model/application_state.h"
 #include "model/local_day.h"
 #include "reports/productivity.h"
 #include "support/fake_desktop.h"
@@ -236,7 +237,8 @@ int render(const QString& output, const QString& theme, QSize size) {
     save(*window.datePicker(), prefix + u"date-picker.png");
     window.datePicker()->close();
 
-    TrayItem tray(session.productivity, session.actions);
+    const ApplicationState state;
+    TrayItem tray(session.productivity, state, session.actions);
     tray.menu().popup(window.geometry().center());
     save(tray.menu(), prefix + u"tray-menu.png");
     tray.menu().hide();
