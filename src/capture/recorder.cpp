@@ -29,7 +29,7 @@ void Recorder::captureTick() {
 
 void Recorder::captureStep() {
     if (const auto sample = takeSample(desktop_, browserTabs_, clock_, installedBundleIds_,
-                                       builtInBrowserTable())) {
+                                       desktopBrowserTable())) {
         mergeSample(pending_, *sample, settings_);
     }
 }
