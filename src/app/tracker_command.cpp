@@ -10,6 +10,7 @@
 #include "model/open_store.h"
 #include "model/unassigned_entries.h"
 #include "desktop/desktop_factory.h"
+#include "app/browser_wiring.h"
 #include "app/termination_signals.h"
 
 namespace kivo {
@@ -33,8 +34,8 @@ int runTracker(int argc, char* argv[]) {
     ensureUnassignedEntries(*store, clock.now());
     const auto settings = ApplicationSettings::openDefault();
 
-    NoBrowserTabs browserTabs;
-    Recorder recorder(*choice.focusedWindow, browserTabs, *store, *settings, clock);
+    const auto browserTabs = startBrowserTabs(clock);
+    Recorder recorder(*choice.focusedWindow, *browserTabs, *store, *settings, clock);
     catalog.rescan();
     recorder.setInstalledApplications(catalog.installedBundleIds());
     CaptureTimer timer(recorder, *settings);
