@@ -9,10 +9,9 @@
 #include <QLocalSocket>
 #include <QTemporaryDir>
 #include <QtTest/QTest>
-#include <atomic>
-#include <thread>
 
 #include "model/instant.h"
+#include "support/fake_browser_host.h"
 
 namespace kivo::test {
 namespace {
@@ -21,50 +20,6 @@ using namespace Qt::StringLiterals;
 namespace protocol = browser_protocol;
 
 constexpr qint64 browserPid = 4242;
-
-// A native messaging host whose extension shows one page; it answers every "report" request
-// with that page, and counts the requests.
-class FakeHost {
-public:
-    FakeHost(const QString& socketPath, QString title) {
-        thread_ = std::thread([this, socketPath, title] { run(socketPath, title); });
-    }
-    ~FakeHost() {
-        isDone_ = true;
-        thread_.join();
-    }
-    int requests() const { return requests_; }
-
-private:
-    void run(const QString& socketPath, const QString& title) {
-        QLocalSocket socket;
-        socket.connectToServer(socketPath);
-        if (!socket.waitForConnected(10'000)) {
-            return;
-        }
-        socket.write(protocol::frame({{u"type"_s, u"hello"_s}, {u"browserPid"_s, browserPid}}));
-        socket.flush();
-        protocol::FrameReader reader;
-        while (!isDone_ && socket.state() == QLocalSocket::ConnectedState) {
-            socket.waitForReadyRead(50);
-            reader.append(socket.readAll());
-            for (auto next = reader.next(); std::holds_alternative<QJsonObject>(next);
-                 next = reader.next()) {
-                ++requests_;
-                socket.write(protocol::frame({{u"type"_s, u"tab"_s},
-                                              {u"windowId"_s, 3},
-                                              {u"title"_s, title},
-                                              {u"url"_s, u"http://127.0.0.1/"_s},
-                                              {u"incognito"_s, false}}));
-                socket.flush();
-            }
-        }
-    }
-
-    std::thread thread_;
-    std::atomic<bool> isDone_ = false;
-    std::atomic<int> requests_ = 0;
-};
 
 class BrowserBridgeTest : public testing::Test {
 protected:
@@ -87,7 +42,7 @@ protected:
 
 TEST_F(BrowserBridgeTest, AsksTheBrowserWhenNothingFreshAnswersAndWaitsOnlyOncePerWindow) {
     EXPECT_TRUE(std::holds_alternative<BrowserNotConnected>(frontTab(u"News - Chromium"_s)));
-    FakeHost host(socketPath(), u"News"_s);
+    FakeBrowserHost host(socketPath(), browserPid, u"News"_s);
     // The hello arrives through the event loop; then the bridge asks and waits for the answer.
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return !std::holds_alternative<BrowserNotConnected>(frontTab(u"x"_s)); }, 20'000));
