@@ -40,6 +40,11 @@ NativeHost::NativeHost(int input, int output, QString socketPath, qint64 browser
         writeOutput(protocol::frame({{protocol::typeKey, protocol::reportType}}));
     });
     connect(&kivo_, &QLocalSocket::disconnected, this, [this] { reconnectTimer_.start(); });
+    connect(&kivo_, &QLocalSocket::errorOccurred, this, [this] {
+        if (kivo_.state() == QLocalSocket::UnconnectedState) {
+            reconnectTimer_.start();
+        }
+    });
     reconnectTimer_.setInterval(reconnectIntervalMs);
     connect(&reconnectTimer_, &QTimer::timeout, this, &NativeHost::connectToKivo);
     connectToKivo();
