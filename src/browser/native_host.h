@@ -38,8 +38,9 @@ private:
     QSocketNotifier inputNotifier_;
     browser_protocol::FrameReader inputFrames_;
     browser_protocol::FrameReader kivoFrames_;
-    QLocalSocket kivo_;
+    // Before the socket: closing the socket on destruction still reaches the timer.
     QTimer reconnectTimer_;
+    QLocalSocket kivo_;
     QString lastSaid_;
 };
 
