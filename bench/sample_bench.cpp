@@ -1,18 +1,24 @@
 // The cost of one sample of the X11 desktop against a private Xvfb, and of the steps behind it
 // that run only now and then (resolving a new window's application, scanning the installed
-// applications).
+// applications); and of a whole sample with a browser in front, answered by the browser bridge.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <memory>
 
+#include "browser/browser_bridge.h"
+#include "capture/browser_table.h"
+#include "capture/sampling.h"
 #include "desktop/x11/x11_desktop.h"
 #include "desktop/xdg/application_resolver.h"
 #include "e2e/fake_window_manager.h"
 #include "e2e/xvfb_server.h"
+#include "support/fake_browser_host.h"
+#include "support/manual_clock.h"
 
 namespace kivo {
 namespace {
@@ -97,6 +103,72 @@ void BM_ScanInstalledApplications(benchmark::State& state) {
     }
 }
 BENCHMARK(BM_ScanInstalledApplications);
+
+// Chromium in front, its extension connected through a host that answers at once. `clock` drives
+// the bridge's freshness rules.
+struct BrowserInFront {
+    QTemporaryDir runtime;
+    std::unique_ptr<BrowserBridge> bridge;
+    std::unique_ptr<test::FakeBrowserHost> host;
+
+    explicit BrowserInFront(const Clock& clock) {
+        const QString socketPath = runtime.filePath(QStringLiteral("kivo-browser.socket"));
+        QString failure;
+        bridge = BrowserBridge::listen({socketPath, &clock}, failure);
+        if (!bridge) {
+            return;
+        }
+        session().manager.setText(session().window, "WM_CLASS", "STRING",
+                                  QByteArrayView("chromium\0Chromium\0", 18));
+        session().manager.setText(session().window, "_NET_WM_NAME", "UTF8_STRING",
+                                  "News - Chromium");
+        host = std::make_unique<test::FakeBrowserHost>(socketPath, ::getppid(),
+                                                       QStringLiteral("News"));
+        const FocusedWindow window{::getppid(), QStringLiteral("chromium"),
+                                   QStringLiteral("Chromium"), QStringLiteral("News - Chromium")};
+        for (const QDeadlineTimer deadline(10'000);
+             !std::holds_alternative<BrowserTab>(bridge->frontTab(window)) &&
+             !deadline.hasExpired();) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        }
+    }
+
+    // Samples as the recorder does; `step` runs before each sample.
+    void sample(benchmark::State& state, const std::function<void()>& step, const Clock& clock) {
+        if (!bridge || session().desktop == nullptr) {
+            state.SkipWithError("no bridge or no X11 desktop");
+            return;
+        }
+        const QStringList installed{QStringLiteral("chromium")};
+        for (auto _ : state) {
+            step();
+            const auto sample =
+                takeSample(*session().desktop, *bridge, clock, installed, desktopBrowserTable());
+            if (!sample || sample->url != QStringLiteral("http://127.0.0.1/")) {
+                state.SkipWithError("the front tab was not sampled");
+                return;
+            }
+        }
+    }
+};
+
+// The usual tick: the extension has reported the front tab, the bridge answers from memory.
+void BM_SampleBrowserInFront(benchmark::State& state) {
+    const SystemClock clock;
+    BrowserInFront browser(clock);
+    browser.sample(
+        state, [] {}, clock);
+}
+BENCHMARK(BM_SampleBrowserInFront);
+
+// Every report aged: each sample asks the browser and waits for its answer.
+void BM_SampleBrowserInFrontAsked(benchmark::State& state) {
+    test::ManualClock clock;
+    BrowserInFront browser(clock);
+    browser.sample(
+        state, [&] { clock.advance(31.0); }, clock);
+}
+BENCHMARK(BM_SampleBrowserInFrontAsked);
 
 }  // namespace
 }  // namespace kivo

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "app/browser_wiring.h"
 #include "app/termination_signals.h"
 #include "capture/capture_timer.h"
 #include "capture/recorder.h"
@@ -37,8 +38,8 @@ int runTracker(int argc, char* argv[]) {
     ensureUnassignedEntries(*store, clock.now());
     const auto settings = ApplicationSettings::openDefault();
 
-    NoBrowserTabs browserTabs;
-    Recorder recorder(*choice.focusedWindow, browserTabs, *store, *settings, clock);
+    const auto browserTabs = startBrowserTabs(clock);
+    Recorder recorder(*choice.focusedWindow, *browserTabs, *store, *settings, clock);
     catalog.rescan();
     recorder.setInstalledApplications(catalog.installedBundleIds());
     const auto presence = choosePresence();

@@ -3,8 +3,8 @@
 #include <QApplication>
 #include <cstdlib>
 
+#include "app/browser_wiring.h"
 #include "app/termination_signals.h"
-#include "capture/browser_tabs.h"
 #include "gui/icons.h"
 #include "gui/kivo_app.h"
 #include "gui/single_instance.h"
@@ -37,9 +37,9 @@ int runWindow(int argc, char* argv[]) {
     QObject::connect(&terminationSignals, &TerminationSignals::received, &application,
                      &QCoreApplication::quit);
 
-    // Browsers have no bridge yet: every browser window is recorded by its title alone.
-    NoBrowserTabs browserTabs;
-    KivoApp kivo(browserTabs);
+    const SystemClock clock;
+    const auto browserTabs = startBrowserTabs(clock);
+    KivoApp kivo(*browserTabs);
     QObject::connect(&instance, &SingleInstance::activated, &kivo, &KivoApp::reopenMainWindow);
     kivo.start();
     return QApplication::exec();

@@ -14,6 +14,13 @@ struct BrowserTable {
     QStringList currentTabBundleIds;   // browsers whose scripts say "current tab"
 };
 
+// The browsers by the identifiers of the platform the tracker was first written for.
 const BrowserTable& builtInBrowserTable();
+
+// The same browsers by their desktop-file IDs on Linux: distribution packages and Flatpaks.
+const BrowserTable& linuxBrowserTable();
+
+// Both tables in one, as the sampler uses them.
+const BrowserTable& desktopBrowserTable();
 
 }  // namespace kivo

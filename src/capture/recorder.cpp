@@ -49,7 +49,7 @@ bool Recorder::isUserAway() {
 
 void Recorder::captureStep() {
     if (const auto sample = takeSample(desktop_, browserTabs_, clock_, installedBundleIds_,
-                                       builtInBrowserTable())) {
+                                       desktopBrowserTable())) {
         mergeSample(pending_, *sample, settings_);
     }
 }

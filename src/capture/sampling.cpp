@@ -17,10 +17,15 @@ CaptureData newSample(QString name, QString bundleId, QString title, QString url
     return sample;
 }
 
+// A browser that nothing has ever answered for (no extension) counts as an ordinary application,
+// so that its time is never lost; one whose bridge is there but cannot say gives no sample.
 std::optional<BrowserTab> askFrontTab(BrowserTabs& tabs, const FocusedWindow& window) {
     auto answer = tabs.frontTab(window);
     if (auto* tab = std::get_if<BrowserTab>(&answer)) {
         return std::move(*tab);
+    }
+    if (std::holds_alternative<BrowserNotConnected>(answer)) {
+        return BrowserTab{window.title, QString()};
     }
     return std::nullopt;
 }

@@ -25,10 +25,30 @@ TEST(BrowserTable, ListsKeepTheirMembersAndOrder) {
     EXPECT_EQ(table.browserBundleIds, QStringList(safariId) + activeTab);
 }
 
+TEST(BrowserTable, TheSamplerKnowsLinuxBrowsersAsActiveTabBrowsersBesideTheOriginalOnes) {
+    const BrowserTable& table = desktopBrowserTable();
+    // Debian packages, vendors' packages and Flatpaks of each browser the extension runs in.
+    const QStringList linuxIds =
+        u"chromium org.chromium.Chromium google-chrome com.google.Chrome microsoft-edge "
+        u"com.microsoft.Edge brave-browser com.brave.Browser vivaldi-stable com.vivaldi.Vivaldi "
+        u"opera com.opera.Opera firefox firefox-esr org.mozilla.firefox"_s.split(u' ');
+    for (const QString& id : linuxIds) {
+        EXPECT_TRUE(table.browserBundleIds.contains(id)) << id.toStdString();
+        EXPECT_TRUE(table.activeTabBundleIds.contains(id)) << id.toStdString();
+        EXPECT_FALSE(table.currentTabBundleIds.contains(id)) << id.toStdString();
+    }
+    for (const QString& id : builtInBrowserTable().browserBundleIds) {
+        EXPECT_TRUE(table.browserBundleIds.contains(id)) << id.toStdString();
+    }
+    EXPECT_EQ(QStringList(table.browserBundleIds).removeDuplicates(), 0);
+    EXPECT_EQ(table.currentTabBundleIds, QStringList(safariId));
+    EXPECT_EQ(table.scriptTitleBundleIds, QStringList(miId));
+}
+
 class TakeSample : public testing::Test {
 protected:
     std::optional<CaptureData> sample() {
-        return takeSample(desktop.focus, desktop.tabs, clock, installed, builtInBrowserTable());
+        return takeSample(desktop.focus, desktop.tabs, clock, installed, desktopBrowserTable());
     }
     FakeDesktop desktop;
     ManualClock clock;
@@ -65,7 +85,6 @@ TEST_F(TakeSample, RefusedWhenTheDesktopCannotTellOrTheApplicationIsNotTracked) 
         {"Kivo itself", 0, [this] { desktop.show(kivoBundleId.toString(), u"Kivo"_s, u"K"_s); }},
         {"not installed", 0, [this] { desktop.show(u"org.example.Tool"_s, u"Tool"_s, u"t"_s); }},
         {"browser cannot answer", 1, [this] { desktop.tabs.answer = BrowserCannotAnswer{}; }},
-        {"browser not connected", 1, [this] { desktop.tabs.answer = BrowserNotConnected{}; }},
     };
     for (const auto& [why, questions, spoil] : refusals) {
         desktop.showTab(u"News"_s, u"https://n.example/"_s);
@@ -77,6 +96,22 @@ TEST_F(TakeSample, RefusedWhenTheDesktopCannotTellOrTheApplicationIsNotTracked) 
     desktop.show(miId, u"mi"_s, u"draft"_s);
     desktop.tabs.answer = BrowserCannotAnswer{};
     EXPECT_FALSE(sample()) << "window title could not be asked";
+}
+
+TEST_F(TakeSample, WithoutABridgeABrowserIsRecordedByItsWindowTitle) {
+    installed.append(u"chromium"_s);
+    // Flatpak Chrome shares its identifier with the original table; Debian's chromium is new.
+    for (const auto& [id, name] :
+         {std::pair{chromeId, u"Google Chrome"_s}, std::pair{u"chromium"_s, u"Chromium"_s},
+          std::pair{miId, u"mi"_s}}) {
+        desktop.show(id, name, u"News - "_s + name);
+        desktop.tabs.answer = BrowserNotConnected{};
+        desktop.tabs.asked.clear();
+        EXPECT_EQ(sample(), (CaptureData{0.0, name, id, u"News - "_s + name, u""_s, false,
+                                         clock.now(), clock.now()}))
+            << id.toStdString();
+        EXPECT_EQ(desktop.tabs.asked.size(), 1u) << id.toStdString();
+    }
 }
 
 }  // namespace

@@ -1,0 +1,261 @@
+// The real `kivo` binary recording Debian's Chromium in a private X session: with the extension
+// loaded the front tab's title and address, without it the window title.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QRegularExpression>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QThread>
+#include <numeric>
+
+#include "e2e/fake_window_manager.h"
+#include "e2e/page_server.h"
+#include "e2e/xvfb_server.h"
+#include "model/application_settings.h"
+#include "model/record_store.h"
+
+namespace kivo {
+namespace {
+
+using namespace Qt::StringLiterals;
+using test::ScopedProcess;
+
+class BrowserRecordingTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(home_.isValid());
+        ASSERT_TRUE(server_.isReady());
+        ASSERT_TRUE(QDir(home_.path()).mkpath(u"run"_s));
+        ::chmod(QFile::encodeName(home_.filePath(u"run"_s)).constData(), 0700);
+        environment_.remove(u"WAYLAND_DISPLAY"_s);
+        environment_.insert(u"DISPLAY"_s, QString::fromLatin1(server_.displayName()));
+        environment_.insert(u"HOME"_s, home_.path());
+        environment_.insert(u"XDG_DATA_HOME"_s, home_.filePath(u"data"_s));
+        environment_.insert(u"XDG_CONFIG_HOME"_s, home_.filePath(u"config"_s));
+        environment_.insert(u"XDG_RUNTIME_DIR"_s, home_.filePath(u"run"_s));
+        // Where the chromium and xterm packages put their desktop files.
+        environment_.insert(u"XDG_DATA_DIRS"_s, u"/usr/share"_s);
+    }
+
+    QString storePath() const { return home_.filePath(u"data/Kivo/kivo.sqlite"_s); }
+    QString logFile() const { return home_.filePath(u"session.log"_s); }
+    QString log() const {
+        QFile file(logFile());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll().right(4'000))
+                                              : QString();
+    }
+
+    ScopedProcess& start(const QString& program, const QStringList& arguments) {
+        started_.push_back(
+            std::make_unique<ScopedProcess>(program, arguments, environment_, logFile()));
+        EXPECT_TRUE(started_.back()->isRunning()) << program.toStdString();
+        return *started_.back();
+    }
+
+    // Runs xdotool with `arguments` and returns its output; nothing when it fails.
+    std::optional<QString> xdotool(const QStringList& arguments) {
+        ScopedProcess command(u"xdotool"_s, arguments, environment_);
+        QProcess& process = command.process();
+        if (!process.waitForFinished(30'000) || process.exitCode() != 0) {
+            return std::nullopt;
+        }
+        return QString::fromLatin1(process.readAllStandardOutput().trimmed());
+    }
+
+    // Chromium on `page` with a profile of its own in the configuration folder, where Kivo
+    // registered its host at start; the extension is loaded when asked for.
+    ScopedProcess& startChromium(const QString& profile, const QString& page, bool withExtension) {
+        QStringList arguments{u"--no-sandbox"_s,
+                              u"--disable-gpu"_s,
+                              u"--no-first-run"_s,
+                              u"--disable-background-networking"_s,
+                              u"--disable-component-update"_s,
+                              u"--disable-sync"_s,
+                              u"--password-store=basic"_s,
+                              u"--remote-debugging-port=0"_s,
+                              u"--user-data-dir="_s + profileFolder(profile)};
+        if (withExtension) {
+            arguments.append(u"--load-extension=" KIVO_EXTENSION_DIR ""_s);
+        }
+        arguments.append(page);
+        return start(u"chromium"_s, arguments);
+    }
+    QString profileFolder(const QString& profile) const {
+        return home_.filePath(u"config/"_s + profile);
+    }
+
+    // Sends one request to Chromium's DevTools endpoint and returns the body of its answer.
+    QByteArray devTools(const QString& profile, const QByteArray& method, const QByteArray& path) {
+        QFile portFile(profileFolder(profile) + u"/DevToolsActivePort"_s);
+        for (const QDeadlineTimer deadline(60'000); !portFile.exists() && !deadline.hasExpired();
+             QThread::msleep(100)) {
+        }
+        EXPECT_TRUE(portFile.open(QIODevice::ReadOnly)) << log().toStdString();
+        QTcpSocket socket;
+        socket.connectToHost(QHostAddress::LocalHost, portFile.readLine().trimmed().toUShort());
+        EXPECT_TRUE(socket.waitForConnected(10'000));
+        socket.write(method + ' ' + path +
+                     " HTTP/1.1\r\nHost: 127.0.0.1\r\n"
+                     "Connection: close\r\n\r\n");
+        // The endpoint keeps the connection open: the answer ends where its length says.
+        QByteArray response;
+        for (qsizetype end = -1; end < 0 || response.size() < end;) {
+            if (!socket.waitForReadyRead(30'000)) {
+                break;
+            }
+            response += socket.readAll();
+            if (const qsizetype headerEnd = response.indexOf("\r\n\r\n"); headerEnd >= 0) {
+                const auto length = QRegularExpression(u"(?i)content-length: *(\\d+)"_s)
+                                        .match(QString::fromLatin1(response.first(headerEnd)));
+                end = headerEnd + 4 + (length.hasMatch() ? length.captured(1).toLongLong() : 0);
+            }
+        }
+        return response.mid(response.indexOf("\r\n\r\n") + 4);
+    }
+
+    // Waits until a window titled exactly `title` is shown and gives it the focus; false when
+    // none comes. Polls: a search fails while windows of another browser are being destroyed.
+    [[nodiscard]] bool focusWindow(const QString& title) {
+        for (const QDeadlineTimer deadline(60'000); !deadline.hasExpired(); QThread::msleep(200)) {
+            const auto window =
+                xdotool({u"search"_s, u"--onlyvisible"_s, u"--name"_s, u"^"_s + title + u"$"_s});
+            if (window && !window->isEmpty() &&
+                xdotool({u"windowactivate"_s, u"--sync"_s, window->section(u'\n', 0, 0)})) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // Whether the browser started our host for the extension (its child process).
+    static bool runsHost(ScopedProcess& browser) {
+        for (const QDeadlineTimer deadline(60'000); !deadline.hasExpired(); QThread::msleep(200)) {
+            for (const QString& pid : QDir(u"/proc"_s).entryList({u"[0-9]*"_s}, QDir::Dirs)) {
+                QFile stat(u"/proc/"_s + pid + u"/stat"_s);
+                if (!stat.open(QIODevice::ReadOnly)) {
+                    continue;
+                }
+                const QByteArray fields = stat.readAll();
+                const QList<QByteArray> afterName =
+                    fields.mid(fields.lastIndexOf(')') + 2).split(' ');
+                if (fields.contains("(kivo-browser-ho") &&
+                    afterName.value(1).toLongLong() == browser.process().processId()) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    QTemporaryDir home_;
+    test::XvfbServer server_;
+    QProcessEnvironment environment_ = QProcessEnvironment::systemEnvironment();
+    std::vector<std::unique_ptr<ScopedProcess>> started_;
+};
+
+TEST_F(BrowserRecordingTest, RecordsTheFrontTabWithTheExtensionAndTheWindowTitleWithout) {
+    start(u"openbox"_s, {u"--sm-disable"_s});
+    test::FakeWindowManager probe(server_.displayName());
+    for (const QDeadlineTimer deadline(30'000); !probe.isManaged(); QThread::msleep(50)) {
+        ASSERT_FALSE(deadline.hasExpired()) << log().toStdString();
+    }
+    start(u"xterm"_s, {u"-T"_s, u"kivo-e2e-elsewhere"_s, u"-e"_s, u"sleep"_s, u"600"_s});
+    ASSERT_TRUE(focusWindow(u"kivo-e2e-elsewhere"_s)) << log().toStdString();
+    ApplicationSettings::openFile(home_.filePath(u"config/Kivo/Kivo.conf"_s))
+        ->setMaximumGapLength(2.0);
+    // Kivo registers its host with the browsers whose folders exist when it starts.
+    ASSERT_TRUE(QDir().mkpath(profileFolder(u"chromium"_s)));
+    ScopedProcess& kivo = start(QStringLiteral(KIVO_BINARY), {});
+    const QString manifest =
+        profileFolder(u"chromium"_s) + u"/NativeMessagingHosts/app.kivo.browser_host.json"_s;
+    for (const QDeadlineTimer deadline(30'000); !QFile::exists(manifest); QThread::msleep(100)) {
+        ASSERT_FALSE(deadline.hasExpired()) << log().toStdString();
+    }
+
+    test::PageServer pages;
+    {
+        ScopedProcess& chromium = startChromium(u"chromium"_s, pages.address(u"one"_s), true);
+        ASSERT_TRUE(focusWindow(u"Page one - Chromium"_s)) << log().toStdString();
+        ASSERT_TRUE(runsHost(chromium)) << log().toStdString();
+        QThread::msleep(3'000);
+        // A new tab comes to the front, then the first one again.
+        devTools(u"chromium"_s, "PUT", "/json/new?" + pages.address(u"two"_s).toLatin1());
+        ASSERT_TRUE(focusWindow(u"Page two - Chromium"_s)) << log().toStdString();
+        QThread::msleep(3'000);
+        QString firstTab;
+        for (const QJsonValue target :
+             QJsonDocument::fromJson(devTools(u"chromium"_s, "GET", "/json/list")).array()) {
+            if (target[u"url"_s] == pages.address(u"one"_s)) {
+                firstTab = target[u"id"_s].toString();
+            }
+        }
+        ASSERT_FALSE(firstTab.isEmpty());
+        devTools(u"chromium"_s, "GET", "/json/activate/" + firstTab.toLatin1());
+        ASSERT_TRUE(focusWindow(u"Page one - Chromium"_s)) << log().toStdString();
+        QThread::msleep(3'000);
+        chromium.stop(SIGTERM);
+    }
+    {
+        // Another browser, without the extension: recorded by its window title.
+        startChromium(u"plain"_s, pages.address(u"three"_s), false);
+        ASSERT_TRUE(focusWindow(u"Page three - Chromium"_s)) << log().toStdString();
+        QThread::msleep(3'000);
+    }
+    ASSERT_TRUE(focusWindow(u"kivo-e2e-elsewhere"_s)) << log().toStdString();
+    // Long enough for the browser's captures to be unseen for more than the gap of 2 s.
+    QThread::msleep(3'500);
+    EXPECT_EQ(kivo.stop(SIGTERM), 0) << log().toStdString();
+
+    const auto store = RecordStore::open(storePath(), RecordStore::Mode::ReadOnly);
+    const auto activities = store->fetch<Activity>({"", {}, "startAt"});
+    const auto find = [&](const QString& title) -> const Activity* {
+        const auto found = std::find_if(activities.begin(), activities.end(),
+                                        [&](const Activity& a) { return a.title == title; });
+        return found == activities.end() ? nullptr : &*found;
+    };
+    QStringList seen;
+    for (const Activity& activity : activities) {
+        seen.append(activity.title + u" | "_s + activity.url);
+    }
+    SCOPED_TRACE(seen.join(u"\n"_s).toStdString());
+    const struct {
+        QString title;
+        QString url;
+        QString domain;
+    } expected[] = {
+        {u"Page one"_s, pages.address(u"one"_s), u"127.0.0.1"_s},
+        {u"Page two"_s, pages.address(u"two"_s), u"127.0.0.1"_s},
+        {u"Page three - Chromium"_s, u""_s, u""_s},
+    };
+    for (const auto& [title, url, domain] : expected) {
+        const Activity* activity = find(title);
+        ASSERT_NE(activity, nullptr) << title.toStdString();
+        EXPECT_EQ(activity->appBundleId, u"chromium"_s);
+        EXPECT_EQ(activity->url, url);
+        EXPECT_EQ(activity->domainName, domain);
+        EXPECT_GE(activity->duration, 1);
+    }
+    // The web totals of the day hold the pages' time under their domain.
+    std::int64_t onPages = 0;
+    for (const Activity& activity : activities) {
+        if (activity.domainName == u"127.0.0.1"_s) {
+            onPages += activity.duration;
+        }
+    }
+    std::int64_t webTotal = 0;
+    for (const WebUsage& usage : store->fetch<WebUsage>()) {
+        if (usage.domainName == u"127.0.0.1"_s) {
+            webTotal += usage.duration;
+        }
+    }
+    EXPECT_EQ(webTotal, onPages);
+    EXPECT_GE(onPages, 4);
+}
+
+}  // namespace
+}  // namespace kivo
