@@ -13,7 +13,6 @@ namespace kivo {
 
 namespace {
 
-constexpr qsizetype maximumRememberedOwners = 256;
 // A line longer than this is no event of Hyprland's; it is dropped rather than kept growing.
 constexpr qsizetype maximumLineLength = 64 * 1024;
 
@@ -51,7 +50,8 @@ std::unique_ptr<HyprlandDesktop> HyprlandDesktop::connect(Options options, QStri
     return desktop;
 }
 
-HyprlandDesktop::HyprlandDesktop(Options options) : options_(std::move(options)) {}
+HyprlandDesktop::HyprlandDesktop(Options options)
+    : options_(std::move(options)), resolutions_(*options_.catalog) {}
 
 QString HyprlandDesktop::requestSocket() const {
     return options_.socketFolder + QStringLiteral("/.socket.sock");
@@ -134,20 +134,9 @@ std::int64_t HyprlandDesktop::processIdOfActive() {
 std::optional<QString> HyprlandDesktop::applicationIdOf(const QString& windowClass,
                                                         std::int64_t processId) {
     const QString key = QString::number(processId) % u':' % windowClass;
-    if (resolvedGeneration_ != options_.catalog->generation()) {
-        resolvedIds_.clear();
-        resolvedGeneration_ = options_.catalog->generation();
-    }
-    if (const auto known = resolvedIds_.constFind(key); known != resolvedIds_.cend()) {
-        return *known;
-    }
-    if (resolvedIds_.size() >= maximumRememberedOwners) {
-        resolvedIds_.clear();
-    }
-    const auto id = resolveToplevelApplicationId({processId, windowClass}, options_.procRoot,
-                                                 options_.catalog->index());
-    resolvedIds_.insert(key, id);
-    return id;
+    return resolutions_.find(key, [&](const ApplicationIndex& index) {
+        return resolveToplevelApplicationId({processId, windowClass}, options_.procRoot, index);
+    });
 }
 
 }  // namespace kivo

@@ -7,6 +7,7 @@
 #include "capture/focused_window.h"
 #include "desktop/hyprland/hyprland_events.h"
 #include "desktop/hyprland/hyprland_sockets.h"
+#include "desktop/xdg/remembered_resolutions.h"
 #include "desktop/xdg/xdg_application_catalog.h"
 
 namespace kivo {
@@ -44,8 +45,7 @@ private:
     // The process of the active window, asked once per window.
     QByteArray processAddress_;
     std::int64_t processId_ = 0;
-    QHash<QString, std::optional<QString>> resolvedIds_;  // by process and class
-    int resolvedGeneration_ = -1;                         // the catalog scan they came from
+    RememberedResolutions resolutions_;  // by process and class
 };
 
 }  // namespace kivo

@@ -7,14 +7,6 @@
 
 namespace kivo {
 
-namespace {
-
-// Resolution may read a few /proc files; the bound only matters for sessions that start
-// thousands of processes.
-constexpr qsizetype maximumRememberedOwners = 256;
-
-}  // namespace
-
 std::unique_ptr<WlrootsDesktop> WlrootsDesktop::connect(Options options, QString& failure) {
     auto toplevels = ForeignToplevels::connect(options.displayName, failure);
     if (!toplevels) {
@@ -25,7 +17,9 @@ std::unique_ptr<WlrootsDesktop> WlrootsDesktop::connect(Options options, QString
 }
 
 WlrootsDesktop::WlrootsDesktop(Options options, std::unique_ptr<ForeignToplevels> toplevels)
-    : options_(std::move(options)), toplevels_(std::move(toplevels)) {}
+    : options_(std::move(options)),
+      toplevels_(std::move(toplevels)),
+      resolutions_(*options_.catalog) {}
 
 ForeignToplevels* WlrootsDesktop::liveToplevels() {
     if (toplevels_ && !toplevels_->update()) {
@@ -72,20 +66,9 @@ std::int64_t WlrootsDesktop::processIdOf(const ForeignToplevels::Toplevel& tople
 std::optional<QString> WlrootsDesktop::applicationIdOf(const QString& appId,
                                                        std::int64_t processId) {
     const QString key = QString::number(processId) % u':' % appId;
-    if (resolvedGeneration_ != options_.catalog->generation()) {
-        resolvedIds_.clear();
-        resolvedGeneration_ = options_.catalog->generation();
-    }
-    if (const auto known = resolvedIds_.constFind(key); known != resolvedIds_.cend()) {
-        return *known;
-    }
-    if (resolvedIds_.size() >= maximumRememberedOwners) {
-        resolvedIds_.clear();
-    }
-    const auto id = resolveToplevelApplicationId({processId, appId}, options_.procRoot,
-                                                 options_.catalog->index());
-    resolvedIds_.insert(key, id);
-    return id;
+    return resolutions_.find(key, [&](const ApplicationIndex& index) {
+        return resolveToplevelApplicationId({processId, appId}, options_.procRoot, index);
+    });
 }
 
 }  // namespace kivo

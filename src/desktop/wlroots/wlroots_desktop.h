@@ -6,6 +6,7 @@
 
 #include "capture/focused_window.h"
 #include "desktop/wlroots/foreign_toplevels.h"
+#include "desktop/xdg/remembered_resolutions.h"
 #include "desktop/xdg/xdg_application_catalog.h"
 
 namespace kivo {
@@ -44,8 +45,7 @@ private:
     // place (an XWayland one names no app_id there) is not asked about every tick.
     std::uint64_t processActivation_ = 0;
     std::int64_t processId_ = 0;
-    QHash<QString, std::optional<QString>> resolvedIds_;  // by process and app_id
-    int resolvedGeneration_ = -1;                         // the catalog scan they came from
+    RememberedResolutions resolutions_;  // by process and app_id
 };
 
 }  // namespace kivo

@@ -6,14 +6,6 @@
 
 namespace kivo {
 
-namespace {
-
-// Resolution reads a few /proc files; remembering the answer per window keeps a tick at two
-// round trips. The bound only matters for sessions that open thousands of windows.
-constexpr qsizetype maximumRememberedWindows = 256;
-
-}  // namespace
-
 std::unique_ptr<X11Desktop> X11Desktop::connect(Options options, QString& failure) {
     auto connection = X11Connection::open(options.displayName, failure);
     if (!connection) {
@@ -28,7 +20,9 @@ std::unique_ptr<X11Desktop> X11Desktop::connect(Options options, QString& failur
 }
 
 X11Desktop::X11Desktop(Options options, std::unique_ptr<X11Connection> connection)
-    : options_(std::move(options)), connection_(std::move(connection)) {}
+    : options_(std::move(options)),
+      connection_(std::move(connection)),
+      resolutions_(*options_.catalog) {}
 
 X11Connection* X11Desktop::liveConnection() {
     if (connection_ && connection_->hasFailed()) {
@@ -62,20 +56,10 @@ std::optional<FocusedWindow> X11Desktop::focusedWindow() {
 std::optional<QString> X11Desktop::applicationIdOf(const ActiveWindow& window) {
     const QString key = QString::number(window.id) % u':' % QString::number(window.processId) %
                         u':' % window.wmInstance % u'\0' % window.wmClass;
-    if (resolvedGeneration_ != options_.catalog->generation()) {
-        resolvedIds_.clear();
-        resolvedGeneration_ = options_.catalog->generation();
-    }
-    if (const auto known = resolvedIds_.constFind(key); known != resolvedIds_.cend()) {
-        return *known;
-    }
-    if (resolvedIds_.size() >= maximumRememberedWindows) {
-        resolvedIds_.clear();
-    }
-    const auto id = resolveApplicationId({window.processId, window.wmInstance, window.wmClass},
-                                         options_.procRoot, options_.catalog->index());
-    resolvedIds_.insert(key, id);
-    return id;
+    return resolutions_.find(key, [&](const ApplicationIndex& index) {
+        return resolveApplicationId({window.processId, window.wmInstance, window.wmClass},
+                                    options_.procRoot, index);
+    });
 }
 
 }  // namespace kivo

@@ -6,6 +6,7 @@
 
 #include "capture/focused_window.h"
 #include "desktop/x11/x11_connection.h"
+#include "desktop/xdg/remembered_resolutions.h"
 #include "desktop/xdg/xdg_application_catalog.h"
 
 namespace kivo {
@@ -37,8 +38,7 @@ private:
 
     Options options_;
     std::unique_ptr<X11Connection> connection_;
-    QHash<QString, std::optional<QString>> resolvedIds_;  // by window, process and class
-    int resolvedGeneration_ = -1;                         // the catalog scan they came from
+    RememberedResolutions resolutions_;  // by window, process and class
 };
 
 }  // namespace kivo
