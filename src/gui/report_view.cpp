@@ -142,10 +142,13 @@ void ReportView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     const auto orientation =
         event->size().width() >= sideBySideWidth ? Qt::Horizontal : Qt::Vertical;
-    if (orientation != splitter_->orientation()) {
+    // Placed on the first resize too: the splitter starts side by side, and left to itself it
+    // gives the table the larger part, which squeezes the chart's legend.
+    if (orientation != splitter_->orientation() || !isSplitPlaced_) {
+        isSplitPlaced_ = true;
         splitter_->setOrientation(orientation);
         table_->setMinimumWidth(orientation == Qt::Horizontal ? 260 : 0);
-        // Stacked, the chart and its legend need the larger part.
+        // The chart and its legend need the larger part.
         const int length =
             orientation == Qt::Horizontal ? event->size().width() : event->size().height();
         splitter_->setSizes({length * 4 / 10, length * 6 / 10});

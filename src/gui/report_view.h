@@ -55,6 +55,7 @@ private:
     QTableView* table_ = nullptr;
     ReportChartView* chart_ = nullptr;
     QSplitter* splitter_ = nullptr;
+    bool isSplitPlaced_ = false;
     QLabel* totalLabel_ = nullptr;
     ReportRows rows_;
     bool isShowPieChart_ = true;
