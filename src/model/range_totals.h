@@ -65,6 +65,7 @@ struct TagUsageDays {
         std::uint32_t filter = 0;
         std::uint32_t project = 0;
         std::int64_t duration = 0;
+        StorePosition position;
     };
     int dayCount = 0;
     std::vector<QUuid> filterIds;
@@ -73,5 +74,10 @@ struct TagUsageDays {
 };
 
 TagUsageDays tagUsageDays(RecordStore& store, QDate first, QDate last);
+
+// The same groups as `tagUsageGroups` over the days' range, from totals already read: several
+// views of one range then share a single read.
+std::vector<TagUsageGroup> tagUsageGroups(const TagUsageDays& days,
+                                          const QSet<QUuid>& countedFilters);
 
 }  // namespace kivo

@@ -32,7 +32,11 @@ DayProductivity dayProductivity(RecordStore& store, const ProductivityInputs& in
 std::vector<DayProductivity> productivityOfDays(RecordStore& store,
                                                 const ProductivityInputs& inputs, QDate first,
                                                 QDate last) {
-    const TagUsageDays days = tagUsageDays(store, first, last);
+    return productivityOfDays(tagUsageDays(store, first, last), inputs);
+}
+
+std::vector<DayProductivity> productivityOfDays(const TagUsageDays& days,
+                                                const ProductivityInputs& inputs) {
     std::vector<bool> isProjectCounted;
     for (const auto& projectId : days.projectIds) {
         isProjectCounted.push_back(inputs.countedProjects.contains(projectId));

@@ -14,6 +14,7 @@ namespace kivo {
 class Productivity;
 struct ReportSelection;
 class RecordStore;
+struct TagUsageDays;
 
 // What a day's productivity is computed from: every filter's rating, deleted filters included,
 // since old totals still point at them; and the projects the tree counts (toggled, and not
@@ -38,6 +39,9 @@ DayProductivity dayProductivity(RecordStore& store, const ProductivityInputs& in
 std::vector<DayProductivity> productivityOfDays(RecordStore& store,
                                                 const ProductivityInputs& inputs, QDate first,
                                                 QDate last);
+// The same, one per day of totals already read.
+std::vector<DayProductivity> productivityOfDays(const TagUsageDays& days,
+                                                const ProductivityInputs& inputs);
 
 // Sets today's score, then today's duration text.
 void refreshProductivity(Productivity& productivity, RecordStore& store,

@@ -101,6 +101,41 @@ QString misc() {
     return QStringLiteral("Misc.");
 }
 
+UsageReport<TagDisplayItem> filterReport(const std::vector<TagUsageGroup>& groups,
+                                         const ReportSelection& selection) {
+    return computeReport<TagDisplayItem>(
+        groups, [](const TagUsageGroup& group) { return group.filterId; },
+        [&selection](const TagUsageGroup& group) {
+            return TagDisplayItem{
+                QUuid::createUuid(), 0,
+                requiredName(selection.projectNames, group.projectId,
+                             "a counted tag usage names a project that the tree does not hold"),
+                requiredName(selection.tagNames, group.filterId,
+                             "a counted tag usage names a tag that the tree does not hold"),
+                group.filterId};
+        },
+        [](std::int64_t remainder) {
+            return TagDisplayItem{QUuid::createUuid(), remainder, misc(), misc(),
+                                  QUuid::createUuid()};
+        });
+}
+
+UsageReport<ProjectDisplayItem> projectReport(const std::vector<TagUsageGroup>& groups,
+                                              const ReportSelection& selection) {
+    return computeReport<ProjectDisplayItem>(
+        groups, [](const TagUsageGroup& group) { return group.projectId; },
+        [&selection](const TagUsageGroup& group) {
+            return ProjectDisplayItem{
+                QUuid::createUuid(), 0,
+                requiredName(selection.projectNames, group.projectId,
+                             "a counted tag usage names a project that the tree does not hold"),
+                group.projectId};
+        },
+        [](std::int64_t remainder) {
+            return ProjectDisplayItem{QUuid::createUuid(), remainder, misc(), QUuid::createUuid()};
+        });
+}
+
 }  // namespace
 
 UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
@@ -136,40 +171,25 @@ UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
 UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
                                                 const ReportSelection& selection, QDate minDate,
                                                 QDate maxDate) {
-    return computeReport<TagDisplayItem>(
-        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
-        [](const TagUsageGroup& group) { return group.filterId; },
-        [&selection](const TagUsageGroup& group) {
-            return TagDisplayItem{
-                QUuid::createUuid(), 0,
-                requiredName(selection.projectNames, group.projectId,
-                             "a counted tag usage names a project that the tree does not hold"),
-                requiredName(selection.tagNames, group.filterId,
-                             "a counted tag usage names a tag that the tree does not hold"),
-                group.filterId};
-        },
-        [](std::int64_t remainder) {
-            return TagDisplayItem{QUuid::createUuid(), remainder, misc(), misc(),
-                                  QUuid::createUuid()};
-        });
+    return filterReport(
+        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)), selection);
 }
 
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
                                                      const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate) {
-    return computeReport<ProjectDisplayItem>(
-        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
-        [](const TagUsageGroup& group) { return group.projectId; },
-        [&selection](const TagUsageGroup& group) {
-            return ProjectDisplayItem{
-                QUuid::createUuid(), 0,
-                requiredName(selection.projectNames, group.projectId,
-                             "a counted tag usage names a project that the tree does not hold"),
-                group.projectId};
-        },
-        [](std::int64_t remainder) {
-            return ProjectDisplayItem{QUuid::createUuid(), remainder, misc(), QUuid::createUuid()};
-        });
+    return projectReport(
+        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)), selection);
+}
+
+UsageReport<TagDisplayItem> computeFilterReportOf(const TagUsageDays& days,
+                                                  const ReportSelection& selection) {
+    return filterReport(tagUsageGroups(days, countedFilters(selection)), selection);
+}
+
+UsageReport<ProjectDisplayItem> computeProjectReportOf(const TagUsageDays& days,
+                                                       const ReportSelection& selection) {
+    return projectReport(tagUsageGroups(days, countedFilters(selection)), selection);
 }
 
 }  // namespace kivo

@@ -145,19 +145,35 @@ void ProjectTreeViewModel::buildTreeFromRecords() {
 void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate) {
     minSelectedDate_ = minSelectedDate;
     maxSelectedDate_ = maxSelectedDate;
-    if (projects_.empty()) {
-        return;
+    if (!projects_.empty()) {
+        showDurations(
+            tagUsageGroups(store_, localDays(minSelectedDate, maxSelectedDate), treeFilters()));
     }
-    // Only the filters of the tree are summed: a record of any other adds to no node.
-    QHash<QUuid, std::int64_t> durationByFilter;
-    QSet<QUuid> treeFilters;
+}
+
+void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate,
+                                                  const TagUsageDays& days) {
+    minSelectedDate_ = minSelectedDate;
+    maxSelectedDate_ = maxSelectedDate;
+    if (!projects_.empty()) {
+        showDurations(tagUsageGroups(days, treeFilters()));
+    }
+}
+
+// Only the filters of the tree are summed: a record of any other adds to no node.
+QSet<QUuid> ProjectTreeViewModel::treeFilters() const {
+    QSet<QUuid> filters;
     for (const auto& project : projects_) {
         for (const auto& filter : project.filters) {
-            treeFilters.insert(filter.id);
+            filters.insert(filter.id);
         }
     }
-    for (const auto& group :
-         tagUsageGroups(store_, localDays(minSelectedDate, maxSelectedDate), treeFilters)) {
+    return filters;
+}
+
+void ProjectTreeViewModel::showDurations(const std::vector<TagUsageGroup>& groups) {
+    QHash<QUuid, std::int64_t> durationByFilter;
+    for (const auto& group : groups) {
         auto& sum = durationByFilter[group.filterId];
         sum = checkedAdd(sum, group.duration);
     }

@@ -3,6 +3,7 @@
 #include <QDate>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QUuid>
 #include <cstddef>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "model/instant.h"
+#include "model/range_totals.h"
 #include "tree/report_selection.h"
 #include "tree/tree_items.h"
 
@@ -58,6 +60,9 @@ public:
     // counted, in the store's order; then the durations of the selected days.
     void buildTreeFromRecords();
     void recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate);
+    // The same, from the totals of exactly those days already read.
+    void recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate,
+                                const TagUsageDays& days);
 
     // Drag and drop: the nodes at `offsets` go before the node at `destination`; then the tree
     // is saved. Filters only move within their own project.
@@ -76,6 +81,8 @@ Q_SIGNALS:
 
 private:
     void setDurationTotal(std::int64_t value);
+    QSet<QUuid> treeFilters() const;
+    void showDurations(const std::vector<TagUsageGroup>& groups);
 
     RecordStore& store_;
     ApplicationSettings& settings_;

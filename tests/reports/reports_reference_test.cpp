@@ -7,6 +7,7 @@
 #include <random>
 
 #include "model/local_day.h"
+#include "model/range_totals.h"
 #include "reports/productivity_score.h"
 #include "reports/project_bar_chart.h"
 #include "reports/usage_report.h"
@@ -247,43 +248,53 @@ TEST(ReportsAgainstTheRecords, UsageReportsMatchOverRandomStores) {
                               },
                               WebDisplayItem{{}, misc(), 0})));
                 const auto tags = storeOrder<TagUsage>(*h.store, from, to);
-                EXPECT_EQ(shown(computeFilterReport(*h.store, s, from, to)),
-                          shown(referenceReport(
-                              tags, s, [](const TagUsage& u) { return u.filterId; },
-                              [&s](const TagUsage& u) {
-                                  return TagDisplayItem{{},
-                                                        u.duration,
-                                                        s.projectNames[u.projectId],
-                                                        s.tagNames[u.filterId],
-                                                        u.filterId};
-                              },
-                              TagDisplayItem{{}, 0, misc(), misc(), {}})));
-                EXPECT_EQ(shown(computeProjectReport(*h.store, s, from, to)),
-                          shown(referenceReport(
-                              tags, s, [](const TagUsage& u) { return u.projectId; },
-                              [&s](const TagUsage& u) {
-                                  return ProjectDisplayItem{
-                                      {}, u.duration, s.projectNames[u.projectId], u.projectId};
-                              },
-                              ProjectDisplayItem{{}, 0, misc(), {}})));
+                const auto tagRows = shown(referenceReport(
+                    tags, s, [](const TagUsage& u) { return u.filterId; },
+                    [&s](const TagUsage& u) {
+                        return TagDisplayItem{{},
+                                              u.duration,
+                                              s.projectNames[u.projectId],
+                                              s.tagNames[u.filterId],
+                                              u.filterId};
+                    },
+                    TagDisplayItem{{}, 0, misc(), misc(), {}}));
+                const auto projectRows = shown(referenceReport(
+                    tags, s, [](const TagUsage& u) { return u.projectId; },
+                    [&s](const TagUsage& u) {
+                        return ProjectDisplayItem{
+                            {}, u.duration, s.projectNames[u.projectId], u.projectId};
+                    },
+                    ProjectDisplayItem{{}, 0, misc(), {}}));
+                // Read on their own, and from one read shared with the tree and the day scores.
+                const TagUsageDays days = tagUsageDays(*h.store, from, to);
+                EXPECT_EQ(shown(computeFilterReport(*h.store, s, from, to)), tagRows);
+                EXPECT_EQ(shown(computeFilterReportOf(days, s)), tagRows);
+                EXPECT_EQ(shown(computeProjectReport(*h.store, s, from, to)), projectRows);
+                EXPECT_EQ(shown(computeProjectReportOf(days, s)), projectRows);
 
                 // The tree: each filter's own records, whatever their project.
-                h.tree.recomputeTreeDurations(from, to);
                 QHash<QUuid, std::int64_t> byFilter;
                 for (const auto& usage : tags) {
                     byFilter[usage.filterId] += usage.duration;
                 }
-                std::int64_t total = 0;
-                for (const auto& project : h.tree.projects()) {
-                    std::int64_t sum = 0;
-                    for (const auto& filter : project.filters) {
-                        EXPECT_EQ(filter.duration, byFilter.value(filter.id));
-                        sum += filter.duration;
+                const auto expectTreeDurations = [&] {
+                    std::int64_t total = 0;
+                    for (const auto& project : h.tree.projects()) {
+                        std::int64_t sum = 0;
+                        for (const auto& filter : project.filters) {
+                            EXPECT_EQ(filter.duration, byFilter.value(filter.id));
+                            sum += filter.duration;
+                        }
+                        EXPECT_EQ(project.duration, sum);
+                        total += h.tree.isShowArchivedProject() || !project.isArchived ? sum : 0;
                     }
-                    EXPECT_EQ(project.duration, sum);
-                    total += h.tree.isShowArchivedProject() || !project.isArchived ? sum : 0;
-                }
-                EXPECT_EQ(h.tree.durationTotal(), total);
+                    EXPECT_EQ(h.tree.durationTotal(), total);
+                };
+                // The shared read first, so that it starts from the previous range's figures.
+                h.tree.recomputeTreeDurations(from, to, days);
+                expectTreeDurations();
+                h.tree.recomputeTreeDurations(from, to);
+                expectTreeDurations();
             }
         }
     }
@@ -315,6 +326,9 @@ TEST(ReportsAgainstTheRecords, DailyFiguresMatchOverRandomStores) {
             const ProductivityInputs inputs = productivityInputs(*h.store, s);
             const auto scores = productivityOfDays(*h.store, inputs, firstDay, lastDay);
             ASSERT_EQ(scores.size(), std::size_t{dayCount});
+            const auto sharedReadScores =
+                productivityOfDays(tagUsageDays(*h.store, firstDay, lastDay), inputs);
+            ASSERT_EQ(sharedReadScores.size(), std::size_t{dayCount});
             const auto bars = productivityBars(*h.store, s, lastDay, dayCount);
             const auto chart = computeProjectBarChart(*h.store, s, lastDay, dayCount);
             const QSet<QUuid> counted(s.enableFilters.begin(), s.enableFilters.end());
@@ -325,6 +339,8 @@ TEST(ReportsAgainstTheRecords, DailyFiguresMatchOverRandomStores) {
                 EXPECT_EQ(std::pair(scores[i].score, scores[i].duration),
                           std::pair(expected.score, expected.duration))
                     << seed << " " << day.toString().toStdString();
+                EXPECT_EQ(std::pair(sharedReadScores[i].score, sharedReadScores[i].duration),
+                          std::pair(expected.score, expected.duration));
                 EXPECT_EQ(bars[i].annotation, expected.score);
 
                 QHash<QUuid, std::int64_t> byFilter;
