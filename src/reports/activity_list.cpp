@@ -1,10 +1,13 @@
 #include "reports/activity_list.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <algorithm>
 #include <cmath>
-#include <map>
-#include <tuple>
+#include <limits>
+#include <string>
+#include <string_view>
+#include <unordered_map>
 
 #include "model/checked_arithmetic.h"
 #include "model/local_day.h"
@@ -27,17 +30,36 @@ bool isSelected(const QStringList& selections, const QUuid& key) {
                        [&key](const QString& text) { return QUuid::fromString(text) == key; });
 }
 
+// The offset of local time from UTC, asked of the time zone once per quarter hour of the
+// range: zones change their offsets only at such boundaries, and asking per activity would cost
+// more than all the rest of the listing.
+class LocalOffsets {
+public:
+    double localSeconds(double epochSeconds) {
+        const auto quarter = static_cast<std::int64_t>(std::floor(epochSeconds / 900.0));
+        if (quarter != quarter_) {
+            quarter_ = quarter;
+            offset_ = QDateTime::fromSecsSinceEpoch(quarter * 900).offsetFromUtc();
+        }
+        return epochSeconds + offset_;
+    }
+
+private:
+    std::int64_t quarter_ = std::numeric_limits<std::int64_t>::min();
+    int offset_ = 0;
+};
+
 // Spreads the activity's seconds over the hours of the day from its start on. Whole days (a
 // record that claims more than a day) count in every hour alike.
-void addToHistogram(std::array<double, 24>& minutesPerHour, const Activity& activity) {
+void addToHistogram(std::array<double, 24>& minutesPerHour, LocalOffsets& offsets,
+                    const Activity& activity) {
     if (activity.duration <= 0) {
         return;
     }
-    const auto start = QDateTime::fromMSecsSinceEpoch(
-        static_cast<qint64>(std::floor(toEpochSeconds(activity.startAt) * 1000.0)));
-    const QTime time = start.time();
-    int hour = time.hour();
-    double intoHour = time.minute() * 60.0 + time.second() + time.msec() / 1000.0;
+    const double local = offsets.localSeconds(toEpochSeconds(activity.startAt));
+    const double secondOfDay = local - std::floor(local / secondsPerDay) * secondsPerDay;
+    auto hour = static_cast<int>(secondOfDay / secondsPerHour) % 24;
+    double intoHour = secondOfDay - hour * secondsPerHour;
     double left = static_cast<double>(activity.duration);
     const double wholeDays = std::floor(left / secondsPerDay);
     if (wholeDays > 0) {
@@ -55,15 +77,84 @@ void addToHistogram(std::array<double, 24>& minutesPerHour, const Activity& acti
     }
 }
 
+struct GroupKey {
+    QString appBundleId;
+    QString title;
+    QString url;
+    QUuid filterId;
+
+    friend bool operator==(const GroupKey&, const GroupKey&) = default;
+};
+
+size_t qHash(const GroupKey& key, size_t seed = 0) {
+    return qHashMulti(seed, key.appBundleId, key.title, key.url, key.filterId);
+}
+
+struct TextHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+        return std::hash<std::string_view>{}(text);
+    }
+};
+
+// Hands out one shared value per distinct stored text: a month repeats the same applications,
+// tags, titles and addresses thousands of times, and converting each anew was most of the cost
+// of reading them.
+template <class Value, class Convert>
+class Interned {
+public:
+    explicit Interned(Convert convert) : convert_(convert) {}
+
+    const Value& operator()(std::string_view text) {
+        auto found = values_.find(text);
+        if (found == values_.end()) {
+            found = values_.emplace(std::string(text), convert_(text)).first;
+        }
+        return found->second;
+    }
+
+private:
+    Convert convert_;
+    std::unordered_map<std::string, Value, TextHash, std::equal_to<>> values_;
+};
+
+QString textOf(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+QUuid uuidOf(std::string_view text) {
+    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
+}
+
 }  // namespace
 
 std::vector<Activity> activitiesStartedWithin(RecordStore& store, QDate first, QDate last) {
+    std::vector<Activity> activities;
     if (last < first) {
-        return {};
+        return activities;
     }
     const DayRange days = localDays(first, last);
-    return store.fetch<Activity>(
-        {"isDeleted = 0 AND startAt >= ? AND startAt < ?", {days.begin, days.end}, "startAt"});
+    Interned<QString, QString (*)(std::string_view)> text(&textOf);
+    Interned<QUuid, QUuid (*)(std::string_view)> uuid(&uuidOf);
+    store.read(
+        "SELECT id, projectId, filterId, appName, appBundleId, title, url, domainName, duration, "
+        "startAt, endAt FROM Activity WHERE isDeleted = 0 AND startAt >= ? AND startAt < ? "
+        "ORDER BY startAt",
+        {days.begin, days.end}, [&](const RowCells& row) {
+            Activity& activity = activities.emplace_back();
+            activity.id = uuidOf(row.text(0));
+            activity.projectId = uuid(row.text(1));
+            activity.filterId = uuid(row.text(2));
+            activity.appName = text(row.text(3));
+            activity.appBundleId = text(row.text(4));
+            activity.title = text(row.text(5));
+            activity.url = text(row.text(6));
+            activity.domainName = text(row.text(7));
+            activity.duration = row.integer(8);
+            activity.startAt = fromEpochSeconds(row.real(9));
+            activity.endAt = fromEpochSeconds(row.real(10));
+        });
+    return activities;
 }
 
 bool isActivityShown(const Activity& activity, const ActivityListQuery& query) {
@@ -83,15 +174,17 @@ bool isActivityShown(const Activity& activity, const ActivityListQuery& query) {
 ActivityList groupActivities(const std::vector<Activity>& activities,
                              const ActivityListQuery& query) {
     ActivityList list;
-    std::map<std::tuple<QString, QString, QString, QUuid>, std::size_t> groupOf;
+    QHash<GroupKey, std::size_t> groupOf;
+    groupOf.reserve(static_cast<qsizetype>(activities.size()));
+    LocalOffsets offsets;
     for (const Activity& activity : activities) {
         if (!isActivityShown(activity, query)) {
             continue;
         }
-        const auto [found, isNew] = groupOf.try_emplace(
-            {activity.appBundleId, activity.title, activity.url, activity.filterId},
-            list.groups.size());
-        if (isNew) {
+        const GroupKey key{activity.appBundleId, activity.title, activity.url, activity.filterId};
+        auto found = groupOf.find(key);
+        if (found == groupOf.end()) {
+            found = groupOf.insert(key, list.groups.size());
             list.groups.push_back({activity.appName,
                                    activity.appBundleId,
                                    activity.title,
@@ -102,11 +195,11 @@ ActivityList groupActivities(const std::vector<Activity>& activities,
                                    0,
                                    {}});
         }
-        ActivityGroup& group = list.groups[found->second];
+        ActivityGroup& group = list.groups[found.value()];
         group.duration = checkedAdd(group.duration, activity.duration);
         group.entries.push_back({activity.id, activity.startAt, activity.endAt, activity.duration});
         list.durationTotal = checkedAdd(list.durationTotal, activity.duration);
-        addToHistogram(list.minutesPerHour, activity);
+        addToHistogram(list.minutesPerHour, offsets, activity);
     }
     std::stable_sort(
         list.groups.begin(), list.groups.end(),

@@ -61,7 +61,8 @@ struct ActivityList {
     std::int64_t durationTotal = 0;
 };
 
-// The live activities that started within the local days `first` to `last`, earliest first.
+// The live activities that started within the local days `first` to `last`, earliest first,
+// with the fields the list shows (not their record dates).
 std::vector<Activity> activitiesStartedWithin(RecordStore& store, QDate first, QDate last);
 
 bool isActivityShown(const Activity& activity, const ActivityListQuery& query);
