@@ -5,6 +5,7 @@
 #include <QBarSet>
 #include <QChart>
 #include <QChartView>
+#include <QFont>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QItemSelectionModel>
@@ -74,11 +75,12 @@ ActivityListView::ActivityListView(RecordStore& store, const Clock& clock,
          ++column) {
         header->setSectionResizeMode(column, QHeaderView::Interactive);
     }
-    header->resizeSection(ActivityListModel::domainColumn, 150);
-    header->resizeSection(ActivityListModel::tagColumn, 110);
-    header->resizeSection(ActivityListModel::projectColumn, 110);
-    header->resizeSection(ActivityListModel::durationColumn, 80);
-    header->resizeSection(ActivityListModel::entriesColumn, 60);
+    header->setMinimumSectionSize(40);
+    header->resizeSection(ActivityListModel::domainColumn, 130);
+    header->resizeSection(ActivityListModel::tagColumn, 100);
+    header->resizeSection(ActivityListModel::projectColumn, 90);
+    header->resizeSection(ActivityListModel::durationColumn, 75);
+    header->resizeSection(ActivityListModel::entriesColumn, 55);
     connect(list_->selectionModel(), &QItemSelectionModel::selectionChanged, this,
             &ActivityListView::updateButtons);
 
@@ -163,6 +165,9 @@ ActivityListView::ActivityListView(RecordStore& store, const Clock& clock,
         hourAxis->append(QString::number(hour));
     }
     hourAxis->setGridLineVisible(false);
+    QFont hourFont = hourAxis->labelsFont();
+    hourFont.setPointSizeF(hourFont.pointSizeF() * 0.8);
+    hourAxis->setLabelsFont(hourFont);
     chart->addAxis(hourAxis, Qt::AlignBottom);
     series->attachAxis(hourAxis);
     minutesAxis_ = new QValueAxis;
@@ -174,7 +179,8 @@ ActivityListView::ActivityListView(RecordStore& store, const Clock& clock,
     histogram_ = new QChartView(chart);
     prepareChartView(*histogram_);
     histogram_->setAccessibleName(QStringLiteral("ActivityHistogram"));
-    histogram_->setMinimumHeight(150);
+    histogram_->setMinimumHeight(130);
+    histogram_->setMaximumHeight(200);
 
     auto* splitter = new QSplitter(Qt::Vertical);
     splitter->setChildrenCollapsible(false);
@@ -197,10 +203,19 @@ QToolButton* ActivityListView::actionButton(const QString& text, const QString& 
     button->setText(text);
     button->setAccessibleName(name);
     button->setObjectName(name);
-    button->setIcon(glyphIcon(icon, icon));
+    button->setIcon(glyphIcon(QString(), icon));
     button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     button->setAutoRaise(true);
     return button;
+}
+
+void ActivityListView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    // Where the row of buttons would not fit, they keep their icons and tooltips only.
+    const auto style = width() < 900 ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon;
+    for (QToolButton* button : {assignButton_, deleteButton_, createFilterButton_, pastTimeButton_}) {
+        button->setToolButtonStyle(style);
+    }
 }
 
 void ActivityListView::refresh(const ActivityListQuery& query, const ReportSelection& selection) {

@@ -57,6 +57,9 @@ public:
     // Opens "Apply to past time" for the tag `filterId`.
     void previewRule(QUuid filterId);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 Q_SIGNALS:
     // Activities were moved or deleted: the tree, reports and score must follow.
     void activitiesChanged();

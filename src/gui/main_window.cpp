@@ -271,8 +271,9 @@ void MainWindow::buildDetailArea() {
     connect(activityList_, &ActivityListView::isDetailUnifiedToggled, this,
             &MainWindow::setIsDetailUnified);
     detailSplitter_->addWidget(activityList_);
-    detailSplitter_->setStretchFactor(0, 3);
-    detailSplitter_->setStretchFactor(1, 2);
+    detailSplitter_->setStretchFactor(0, 1);
+    detailSplitter_->setStretchFactor(1, 1);
+    detailSplitter_->setSizes({360, 440});
 }
 
 void MainWindow::refreshActivityList() {

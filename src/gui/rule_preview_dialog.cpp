@@ -71,6 +71,7 @@ RulePreviewDialog::RulePreviewDialog(RecordStore& store, const Clock& clock, con
     dayTable_->verticalHeader()->hide();
     dayTable_->setEditTriggers(QAbstractItemView::NoEditTriggers);
     dayTable_->setSelectionMode(QAbstractItemView::NoSelection);
+    dayTable_->setFocusPolicy(Qt::NoFocus);
     dayTable_->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
     const QLocale locale;
     int row = 0;
