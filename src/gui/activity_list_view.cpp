@@ -203,8 +203,9 @@ QToolButton* ActivityListView::actionButton(const QString& text, const QString& 
     button->setText(text);
     button->setAccessibleName(name);
     button->setObjectName(name);
-    button->setIcon(glyphIcon(QString(), icon));
-    button->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    button->setIcon(glyphIcon(QStringLiteral("kivo-") + icon, icon));
+    // Icons only until the view is known to be wide enough for the texts (resizeEvent).
+    button->setToolButtonStyle(Qt::ToolButtonIconOnly);
     button->setAutoRaise(true);
     return button;
 }
@@ -213,7 +214,8 @@ void ActivityListView::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
     // Where the row of buttons would not fit, they keep their icons and tooltips only.
     const auto style = width() < 900 ? Qt::ToolButtonIconOnly : Qt::ToolButtonTextBesideIcon;
-    for (QToolButton* button : {assignButton_, deleteButton_, createFilterButton_, pastTimeButton_}) {
+    for (QToolButton* button :
+         {assignButton_, deleteButton_, createFilterButton_, pastTimeButton_}) {
         button->setToolButtonStyle(style);
     }
 }
