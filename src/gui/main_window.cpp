@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QLineEdit>
 #include <QLocale>
 #include <QShowEvent>
 #include <QSplitter>
@@ -16,6 +17,7 @@
 #include "capture/capture_timer.h"
 #include "capture/recorder.h"
 #include "desktop/xdg/application_icon.h"
+#include "gui/activity_list_view.h"
 #include "gui/date_picker_window.h"
 #include "gui/empty_state_view.h"
 #include "gui/icons.h"
@@ -169,6 +171,14 @@ void MainWindow::buildToolBar() {
     right->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     bar->addWidget(right);
 
+    searchField_ = new QLineEdit;
+    searchField_->setAccessibleName(QStringLiteral("SearchField"));
+    searchField_->setPlaceholderText(QStringLiteral("Search titles and addresses"));
+    searchField_->setClearButtonEnabled(true);
+    searchField_->setMaximumWidth(220);
+    connect(searchField_, &QLineEdit::textChanged, this, &MainWindow::setSearchText);
+    bar->addWidget(searchField_);
+
     pieChartAction_ =
         bar->addAction(glyphIcon(QStringLiteral("office-chart-pie"), QStringLiteral("chart-pie")),
                        QStringLiteral("Pie Charts"));
@@ -230,6 +240,7 @@ void MainWindow::buildDetailArea() {
                             detailSelections_.projectSelections = keys;
                             break;
                     }
+                    refreshActivityList();
                 });
         reportViews_[kind] = view;
         detailStack_->addWidget(view);
@@ -252,6 +263,56 @@ void MainWindow::buildDetailArea() {
     detailSplitter_ = new QSplitter(Qt::Vertical);
     detailSplitter_->setChildrenCollapsible(false);
     detailSplitter_->addWidget(detailStack_);
+
+    activityList_ = new ActivityListView(store_, clock_, appIcons_);
+    connect(activityList_, &ActivityListView::activitiesChanged, this, &MainWindow::forceUpdate);
+    connect(activityList_, &ActivityListView::createFilterRequested, this,
+            &MainWindow::createFilterRequested);
+    connect(activityList_, &ActivityListView::isDetailUnifiedToggled, this,
+            &MainWindow::setIsDetailUnified);
+    detailSplitter_->addWidget(activityList_);
+    detailSplitter_->setStretchFactor(0, 1);
+    detailSplitter_->setStretchFactor(1, 1);
+    detailSplitter_->setSizes({360, 440});
+}
+
+void MainWindow::refreshActivityList() {
+    if (!hasAppeared_) {
+        return;
+    }
+    const ReportSelection selection = tree_.reportSelection();
+    ActivityListQuery query;
+    query.minDate = minSelectedDate_;
+    query.maxDate = maxSelectedDate_;
+    query.countedFilters =
+        QSet<QUuid>(selection.enableFilters.begin(), selection.enableFilters.end());
+    query.applicationSelections = detailSelections_.applicationSelections;
+    query.websiteSelections = detailSelections_.websiteSelections;
+    query.filterSelections = detailSelections_.filterSelections;
+    query.projectSelections = detailSelections_.projectSelections;
+    query.searchText = searchText_;
+    query.minimumDuration = settings_.minimumDurationToDisplay();
+    activityList_->refresh(query, selection);
+}
+
+void MainWindow::setIsDetailUnified(bool value) {
+    if (hasAppeared_ && value != isDetailUnified_) {
+        settings_.setIsDetailUnified(value);
+    }
+    isDetailUnified_ = value;
+    activityList_->setIsDetailUnified(value);
+    detailStack_->setVisible(!value);
+}
+
+void MainWindow::setSearchText(const QString& text) {
+    if (text == searchText_) {
+        return;
+    }
+    searchText_ = text;
+    if (searchField_->text() != text) {
+        searchField_->setText(text);
+    }
+    refreshActivityList();
 }
 
 ReportView& MainWindow::reportView(ReportKind kind) const {
@@ -276,7 +337,7 @@ void MainWindow::firstAppearance() {
     catalog_.rescan();
     recorder_.setInstalledApplications(catalog_.installedBundleIds());
     fillApplicationIcons();
-    isDetailUnified_ = settings_.isDetailUnified();
+    setIsDetailUnified(settings_.isDetailUnified());
     isCompactColumns_ = settings_.isCompactColumns();
     compactColumnsAction_->setChecked(isCompactColumns_);
     for (auto& [kind, view] : reportViews_) {
@@ -346,6 +407,7 @@ void MainWindow::forceUpdate() {
     }
     isStatsStale_ = true;
     refreshVisibleSection();
+    refreshActivityList();
     updateToolBar();
 }
 

@@ -11,11 +11,13 @@
 
 #include "gui/menu_items.h"
 #include "gui/report_rows.h"
+#include "model/records.h"
 #include "tree/project_tree_view_model.h"
 
 QT_BEGIN_NAMESPACE
 class QAction;
 class QLabel;
+class QLineEdit;
 class QSplitter;
 class QStackedWidget;
 class QToolButton;
@@ -23,6 +25,7 @@ QT_END_NAMESPACE
 
 namespace kivo {
 
+class ActivityListView;
 class ApplicationCatalog;
 class ApplicationSettings;
 class CaptureTimer;
@@ -87,6 +90,9 @@ public:
     bool isCompactColumns() const { return isCompactColumns_; }
     void setIsCompactColumns(bool value);
     bool isDetailUnified() const { return isDetailUnified_; }
+    // The activity list alone in the detail area instead of below the report; persisted.
+    void setIsDetailUnified(bool value);
+    void setSearchText(const QString& text);
     void setIsShowPieChart(bool value);
 
     void openDatePicker();
@@ -95,6 +101,8 @@ public:
     ProjectTreeViewModel& treeModel() { return tree_; }
     SidebarView& sidebar() const { return *sidebar_; }
     ReportView& reportView(ReportKind kind) const;
+    ActivityListView& activityList() const { return *activityList_; }
+    QLineEdit& searchField() const { return *searchField_; }
     ProductivityBarChartView& productivityChart() const { return *productivityChart_; }
     const DetailSelections& detailSelections() const { return detailSelections_; }
     const QTimer& productivityTimer() const { return productivityTimer_; }
@@ -105,6 +113,8 @@ public:
 Q_SIGNALS:
     // The first appearance has prepared the store, the tree and recording.
     void firstAppearanceFinished();
+    // "Create a tag" from an activity row: a new tag, not yet stored, for the filter editor.
+    void createFilterRequested(const kivo::Filter& prefilled);
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -119,6 +129,7 @@ private:
     void updateToolBar();
     void updateStatus();
     void applySidebarSelection(const std::vector<QUuid>& ids);
+    void refreshActivityList();
 
     RecordStore& store_;
     ApplicationSettings& settings_;
@@ -153,11 +164,14 @@ private:
     ProductivityBarChartView* productivityChart_ = nullptr;
     ProjectBarChartView* projectChart_ = nullptr;
     EmptyStateView* emptyState_ = nullptr;
+    ActivityListView* activityList_ = nullptr;
+    QString searchText_;
 
     QToolButton* dayBackButton_ = nullptr;
     QToolButton* dayForwardButton_ = nullptr;
     QToolButton* dateButton_ = nullptr;
     QToolButton* recordingSwitch_ = nullptr;
+    QLineEdit* searchField_ = nullptr;
     QAction* pieChartAction_ = nullptr;
     QAction* compactColumnsAction_ = nullptr;
     QLabel* statusLabel_ = nullptr;

@@ -13,15 +13,19 @@
 #include <cstdio>
 #include <random>
 
+#include "capture/daily_totals.h"
 #include "capture/recorder.h"
+#include "gui/activity_list_view.h"
 #include "gui/application_actions.h"
 #include "gui/date_picker_window.h"
 #include "gui/main_window.h"
 #include "gui/missing_backend_dialog.h"
+#include "gui/rule_preview_dialog.h"
 #include "gui/sidebar_view.h"
 #include "gui/tray_item.h"
 #include "model/application_state.h"
 #include "model/local_day.h"
+#include "model/unassigned_entries.h"
 #include "reports/productivity.h"
 #include "support/fake_desktop.h"
 
@@ -74,7 +78,77 @@ const Tag tags[] = {
     {"Old Project", "Archive", 0, 50, 2, nullptr},
 };
 
-// Projects, tags and a week of daily totals as recording leaves them.
+// Three window titles per tag, in the order of `tags`.
+const char* const titles[][3] = {
+    {"main_window.cpp - kivo", "activity_list.cpp - kivo", "CMakeLists.txt - kivo"},
+    {"~/src/kivo: ninja", "~/src/kivo: ctest", "~: htop"},
+    {"QAbstractItemModel Class | Qt Core", "Qt Charts Overview", "QTreeView Class | Qt Widgets"},
+    {"Notes on time.odt", "Outline.odt", "Review.odt"},
+    {"Time tracking - Wikipedia", "Pomodoro Technique - Wikipedia", "Flow - Wikipedia"},
+    {"Inbox - Evolution", "Re: release plan", "Drafts"},
+    {"Team chat", "Family", "Saved messages"},
+    {"attention.pdf", "habits.pdf", "focus.pdf"},
+    {"LWN.net Weekly Edition", "Kernel release status", "A look at Qt 6.8"},
+    {"old_notes.txt", "todo.txt", "archive.txt"},
+};
+
+Instant at(QDate day, int hour, int minute) {
+    return fromEpochSeconds(
+        static_cast<double>(QDateTime(day, QTime(hour, minute)).toSecsSinceEpoch()));
+}
+
+Activity activityOf(const Filter& filter, const QString& title, const QString& domain,
+                    std::int64_t seconds, Instant startAt) {
+    auto activity = newRecord<Activity>(startAt);
+    activity.projectId = filter.projectId;
+    activity.filterId = filter.id;
+    activity.appName = filter.appName;
+    activity.appBundleId = filter.appBundleId;
+    activity.title = title;
+    if (!domain.isEmpty()) {
+        activity.domainName = domain;
+        activity.url = u"https://" + domain + u"/" + QString::number(qHash(title) % 1000);
+    }
+    activity.duration = seconds;
+    activity.startAt = startAt;
+    activity.endAt = startAt + Seconds(static_cast<double>(seconds));
+    return activity;
+}
+
+// Browsing and terminal time that no tag claimed, with its totals.
+void fillUnassigned(RecordStore& store, const Clock& clock, QDate day) {
+    ensureUnassignedEntries(store, clock.now());
+    Filter unassigned;
+    for (const Filter& filter : store.fetch<Filter>(live())) {
+        if (filter.isNameChangeOnly) {
+            unassigned = filter;
+        }
+    }
+    struct Loose {
+        int app;
+        const char* title;
+        const char* domain;
+        int seconds;
+        int hour;
+    };
+    const Loose loose[] = {
+        {2, "LWN.net: Security updates", "lwn.net", 540, 8},
+        {2, "Hacker News", "news.ycombinator.com", 420, 13},
+        {1, "man bash", nullptr, 300, 16},
+    };
+    for (const Loose& entry : loose) {
+        unassigned.appBundleId = QString::fromUtf8(apps[entry.app].id);
+        unassigned.appName = QString::fromUtf8(apps[entry.app].name);
+        const auto activity =
+            activityOf(unassigned, QString::fromUtf8(entry.title),
+                       entry.domain ? QString::fromUtf8(entry.domain) : QString(),
+                       entry.seconds + day.day() * 7, at(day, entry.hour, day.day() % 50));
+        store.insert(activity);
+        addToDailyTotals(store, activity, clock.now());
+    }
+}
+
+// Projects, tags and a week of activities and daily totals as recording leaves them.
 void fillStore(RecordStore& store, const Clock& clock) {
     std::map<QString, Project> projects;
     std::vector<Filter> filters;
@@ -123,7 +197,18 @@ void fillStore(RecordStore& store, const Clock& clock) {
             webUsage.domainName = tag.domain ? QString::fromUtf8(tag.domain) : QString();
             webUsage.duration = seconds;
             store.insert(webUsage);
+            // The same seconds as a few activities spread over the working day.
+            std::int64_t left = seconds;
+            for (int k = 0; k < 3; ++k) {
+                const std::int64_t part = k == 2 ? left : seconds * (5 - 2 * k) / 10;
+                left -= part;
+                const int hour = 9 + static_cast<int>(i * 2 + k * 3) % 9;
+                store.insert(activityOf(filters[i], QString::fromUtf8(titles[i][k]),
+                                        webUsage.domainName, part,
+                                        at(day, hour, static_cast<int>(i * 7 + k * 11) % 60)));
+            }
         }
+        fillUnassigned(store, clock, day);
     }
     store.save();
 }
@@ -232,6 +317,27 @@ int render(const QString& output, const QString& theme, QSize size) {
     auto& tree = window.sidebar().treeView();
     tree.setCurrentIndex(tree.model()->index(0, 0, tree.model()->index(0, 0)));
     save(window, prefix + u"today-archived-selected.png");
+
+    // The activity list of the week: grouped, with time entries, alone in the detail area, and
+    // the preview of the News tag's rules over the unassigned time.
+    window.setSelectedRange(today.addDays(-6), today);
+    window.selectSection(MenuType::tags);
+    save(window, prefix + u"activities.png");
+    window.activityList().setIsShowTimeEntries(true);
+    window.setIsDetailUnified(true);
+    save(window, prefix + u"activities-entries-unified.png");
+    window.activityList().setIsShowTimeEntries(false);
+    window.setIsDetailUnified(false);
+    for (const Filter& filter : session.store->fetch<Filter>(live())) {
+        if (filter.tagName == u"News") {
+            window.activityList().previewRule(filter.id);
+        }
+    }
+    if (auto* preview = window.findChild<RulePreviewDialog*>()) {
+        save(*preview, prefix + u"apply-to-past-time.png");
+        preview->close();
+    }
+    window.setSelectedRange(today, today);
 
     window.openDatePicker();
     save(*window.datePicker(), prefix + u"date-picker.png");

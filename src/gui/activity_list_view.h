@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QDate>
+#include <QHash>
+#include <QIcon>
+#include <QWidget>
+#include <functional>
+
+#include "reports/activity_list.h"
+#include "tree/report_selection.h"
+
+QT_BEGIN_NAMESPACE
+class QBarSet;
+class QChartView;
+class QLabel;
+class QMenu;
+class QToolButton;
+class QTreeView;
+class QValueAxis;
+QT_END_NAMESPACE
+
+namespace kivo {
+
+class ActivityListModel;
+class Clock;
+class RecordStore;
+
+// What was recorded in the selected range, row by row: the grouped activity list with its
+// hourly histogram, and the actions that fix miscategorised time (assign to a tag, delete,
+// make a tag from a row, apply a tag's rules to past unassigned time).
+class ActivityListView : public QWidget {
+    Q_OBJECT
+
+public:
+    ActivityListView(RecordStore& store, const Clock& clock, const QHash<QString, QIcon>& icons,
+                     QWidget* parent = nullptr);
+
+    // Lists the activities of `query`, naming tags and projects as the tree does. The selected
+    // groups and the scroll position stay where the rows still exist.
+    void refresh(const ActivityListQuery& query, const ReportSelection& selection);
+
+    void setIsShowTimeEntries(bool value);
+    bool isShowTimeEntries() const;
+    void setIsDetailUnified(bool value);
+
+    ActivityListModel& model() const { return *model_; }
+    QTreeView& list() const { return *list_; }
+    QChartView& histogram() const { return *histogram_; }
+    const ActivityList& shown() const { return shown_; }
+
+    // The activities of the selected rows (a group row stands for all its entries).
+    std::vector<QUuid> selectedActivityIds() const;
+    // The actions of the buttons, without the confirmation the delete button asks for.
+    void assignSelected(QUuid projectId, QUuid filterId);
+    void deleteSelected();
+    void createFilterFromSelected();
+    // Opens "Apply to past time" for the tag `filterId`.
+    void previewRule(QUuid filterId);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+Q_SIGNALS:
+    // Activities were moved or deleted: the tree, reports and score must follow.
+    void activitiesChanged();
+    // A new tag made from a row, not yet stored, for the filter editor to open.
+    void createFilterRequested(const kivo::Filter& prefilled);
+    void isShowTimeEntriesToggled(bool value);
+    void isDetailUnifiedToggled(bool value);
+
+private:
+    QToolButton* actionButton(const QString& text, const QString& name, const QString& icon);
+    void fillTagMenu(QMenu& menu, const std::function<void(QUuid, QUuid)>& onChosen) const;
+    void updateHistogram();
+    void updateButtons();
+    void runStoreChange(const std::function<void()>& change);
+
+    RecordStore& store_;
+    const Clock& clock_;
+    ActivityListModel* model_ = nullptr;
+    QTreeView* list_ = nullptr;
+    QChartView* histogram_ = nullptr;
+    QBarSet* hours_ = nullptr;
+    QValueAxis* minutesAxis_ = nullptr;
+    QLabel* totalLabel_ = nullptr;
+    QToolButton* assignButton_ = nullptr;
+    QToolButton* deleteButton_ = nullptr;
+    QToolButton* createFilterButton_ = nullptr;
+    QToolButton* pastTimeButton_ = nullptr;
+    QToolButton* timeEntriesToggle_ = nullptr;
+    QToolButton* unifiedToggle_ = nullptr;
+    ActivityListQuery query_;
+    ReportSelection selection_;
+    ActivityList shown_;
+};
+
+}  // namespace kivo
