@@ -3,6 +3,7 @@
 #include <QAction>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QLocale>
 #include <QShowEvent>
 #include <QSplitter>
@@ -17,6 +18,7 @@
 #include "capture/recorder.h"
 #include "desktop/xdg/application_icon.h"
 #include "gui/date_picker_window.h"
+#include "gui/editor_windows.h"
 #include "gui/empty_state_view.h"
 #include "gui/icons.h"
 #include "gui/report_view.h"
@@ -108,6 +110,10 @@ MainWindow::MainWindow(const WindowServices& services, QWidget* parent)
     connect(sidebar_, &SidebarView::sectionChanged, this, &MainWindow::selectSection);
     connect(sidebar_, &SidebarView::treeSelectionChanged, this, &MainWindow::applySidebarSelection);
     connect(&tree_, &ProjectTreeViewModel::forceUpdateRequested, this, &MainWindow::forceUpdate);
+    editors_ =
+        std::make_unique<EditorWindows>(EditorServices{store_, tree_, catalog_, clock_}, this);
+    connect(sidebar_, &SidebarView::treeMenuRequested, editors_.get(),
+            &EditorWindows::fillTreeMenu);
     connect(&productivity_, &Productivity::valueChanged, this, &MainWindow::updateStatus);
     connect(&productivity_, &Productivity::durationTodayChanged, this, &MainWindow::updateStatus);
 
@@ -264,6 +270,12 @@ QDate MainWindow::today() const {
 
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
+    if (!hasAppeared_) {
+        firstAppearance();
+    }
+}
+
+void MainWindow::appearHidden() {
     if (!hasAppeared_) {
         firstAppearance();
     }
