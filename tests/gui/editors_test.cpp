@@ -178,6 +178,24 @@ TEST(FilterEditViewTest, EditingKeepsIdAndProjectAndEscapeSavesNothing) {
               (QStringList{u"Code"_qs, u"Post"_qs}));
 }
 
+TEST(FilterEditViewTest, TheUnassignedFilterOpensForRenamingOnly) {
+    WindowHarness h;
+    MainWindow& window = h.showWindow();
+    const QUuid unassigned = window.treeModel().projects().back().filters.front().id;
+    FilterEditView* editor = window.editors().openFilterEditor(unassigned);
+    ASSERT_TRUE(editor->isNameChangeOnly());
+    EXPECT_TRUE(editor->titleField().isHidden());
+    EXPECT_TRUE(editor->ratingPicker().isHidden());
+    EXPECT_FALSE(editor->tagNameField().isHidden());
+    EXPECT_TRUE(editor->saveButton().isEnabled());  // no application needed
+    editor->tagNameField().setText(QStringLiteral("Elsewhere"));
+    ASSERT_TRUE(editor->save());
+    const Filter stored = h.store->fetch<Filter>(Query{"id = ?", {unassigned}, {}}).front();
+    EXPECT_EQ(stored.tagName, QStringLiteral("Elsewhere"));
+    EXPECT_TRUE(stored.appBundleId.isEmpty());
+    EXPECT_TRUE(stored.isNameChangeOnly);
+}
+
 TEST(ProjectEditViewTest, NewRenameAndTheUnassignedProject) {
     WindowHarness h;
     h.records.tagUsage(h.s.code, 600, h.clock.now());

@@ -221,9 +221,9 @@ void renderEditors(Session& session, const QString& prefix) {
     filterEditor->titleField().setText(QStringLiteral("[Docs"));
     save(*filterEditor, prefix + u"filter-editor-invalid.png");
 
-    ApplicationChooser chooser(session.catalog, filterEditor);
+    ApplicationChooser chooser(session.catalog);
     chooser.show();
-    chooser.searchField().setText(QStringLiteral("o"));
+    chooser.searchField().setText(QStringLiteral("te"));
     save(chooser, prefix + u"application-chooser.png");
     chooser.close();
     filterEditor->close();
