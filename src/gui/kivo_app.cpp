@@ -96,10 +96,6 @@ void KivoApp::reopenMainWindow() {
     mainWindow_->activateWindow();
 }
 
-}  // namespace kivo
-
-namespace kivo {
-
 void KivoApp::openSettings() {
     if (settingsWindow_ == nullptr) {
         settingsWindow_ =

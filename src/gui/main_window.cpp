@@ -3,8 +3,8 @@
 #include <QAction>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMenu>
 #include <QLocale>
+#include <QMenu>
 #include <QShowEvent>
 #include <QSplitter>
 #include <QStackedWidget>

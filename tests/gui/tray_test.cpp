@@ -56,8 +56,7 @@ TEST(TrayItemTest, MenuEntriesInOrderWithUpdatesDisabled) {
     EXPECT_EQ(actions.reopenMainWindow()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_1));
 
     int settingsRequests = 0;
-    QObject::connect(&actions, &ApplicationActions::settingsRequested,
-                     [&] { ++settingsRequests; });
+    QObject::connect(&actions, &ApplicationActions::settingsRequested, [&] { ++settingsRequests; });
     ASSERT_TRUE(actions.settings()->isEnabled());
     actions.settings()->trigger();
     EXPECT_EQ(settingsRequests, 1);
