@@ -13,6 +13,7 @@
 #include <QTest>
 
 #include "capture/capture_timer.h"
+#include "gui/autostart_entry.h"
 #include "gui/editor_windows.h"
 #include "gui/filter_edit_view.h"
 #include "gui/project_edit_view.h"
@@ -367,6 +368,24 @@ TEST(SettingsViewTest, LaunchAtLoginWritesAndRemovesTheAutostartEntry) {
     failing.launchAtLoginToggle().setChecked(true);
     EXPECT_FALSE(h.settings->isDetailUnified());
     EXPECT_TRUE(failing.launchAtLoginToggle().isChecked());
+}
+
+TEST(AutostartEntryTest, ExecLineStartsTheExecutableHiddenWhateverItsPath) {
+    struct Case {
+        QString executable;
+        QString execLine;
+    };
+    const Case cases[] = {
+        {u"/usr/bin/kivo"_qs, u"Exec=/usr/bin/kivo --hidden"_qs},
+        {u"/opt/my apps/kivo"_qs, u"Exec=\"/opt/my apps/kivo\" --hidden"_qs},
+        {u"/home/a$b/100%/kivo"_qs, u"Exec=\"/home/a\\\\$b/100%%/kivo\" --hidden"_qs},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.executable.toStdString());
+        const QStringList lines = autostartEntryText(c.executable).split(u'\n');
+        EXPECT_EQ(lines.front(), u"[Desktop Entry]"_qs);
+        EXPECT_TRUE(lines.contains(c.execLine)) << autostartEntryText(c.executable).toStdString();
+    }
 }
 
 }  // namespace
