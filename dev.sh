@@ -28,7 +28,8 @@ case "$command" in
     configure_and_build build -DCMAKE_BUILD_TYPE=RelWithDebInfo
     ctest --test-dir build --output-on-failure --parallel "$jobs"
     configure_and_build build-sanitize -DCMAKE_BUILD_TYPE=Debug -DKIVO_SANITIZE=ON -DKIVO_BUILD_BENCHMARKS=OFF
-    ctest --test-dir build-sanitize --output-on-failure --parallel "$jobs"
+    LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp" \
+      ctest --test-dir build-sanitize --output-on-failure --parallel "$jobs"
     ;;
   package)
     scripts/setup

@@ -12,12 +12,13 @@ namespace kivo {
 namespace {
 
 constexpr const char* usage =
-    "Usage: kivo [--help | --version]\n"
+    "Usage: kivo [--hidden | --help | --version]\n"
     "       kivo record\n"
     "       kivo report [--from YYYY-MM-DD] [--to YYYY-MM-DD] [--days N] [--json]\n"
     "\n"
     "Without a command Kivo opens its window and tray item and records which application is\n"
     "in front, once per tick, until you quit it; starting it again brings the window back.\n"
+    "With --hidden it starts in the tray only, as the login autostart entry does.\n"
     "`kivo record` records the same way without a window until it is interrupted.\n"
     "`kivo report` prints where the time went.\n";
 
@@ -37,6 +38,9 @@ int runApplication(int argc, char* argv[]) {
     }
     if (argc == 2 && std::strcmp(argv[1], "record") == 0) {
         return runTracker(argc, argv);
+    }
+    if (argc == 2 && std::strcmp(argv[1], "--hidden") == 0) {
+        return runWindow(argc, argv, true);
     }
     if (argc > 1) {
         std::fputs(usage, stderr);

@@ -12,7 +12,7 @@
 
 namespace kivo {
 
-int runWindow(int argc, char* argv[]) {
+int runWindow(int argc, char* argv[], bool hidden) {
     QApplication application(argc, argv);
     QApplication::setApplicationDisplayName(QStringLiteral("Kivo"));
     QApplication::setDesktopFileName(QStringLiteral("app.kivo.Kivo"));
@@ -24,6 +24,9 @@ int runWindow(int argc, char* argv[]) {
     SingleInstance instance;
     switch (instance.claim()) {
         case SingleInstance::Claim::alreadyRunning:
+            if (hidden) {
+                return EXIT_SUCCESS;
+            }
             return SingleInstance::activateRunningInstance() ? EXIT_SUCCESS : EXIT_FAILURE;
         case SingleInstance::Claim::noSessionBus:
             printDiagnostic(QStringLiteral(
@@ -41,7 +44,7 @@ int runWindow(int argc, char* argv[]) {
     const auto browserTabs = startBrowserTabs(clock);
     KivoApp kivo(*browserTabs);
     QObject::connect(&instance, &SingleInstance::activated, &kivo, &KivoApp::reopenMainWindow);
-    kivo.start();
+    kivo.start(hidden);
     return QApplication::exec();
 }
 

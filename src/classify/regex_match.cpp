@@ -123,4 +123,8 @@ std::optional<QString> firstRegexMatch(const QString& pattern, const QString& te
     return text.mid(start, end - start);
 }
 
+bool isValidRegex(const QString& pattern) {
+    return compiledPattern(pattern).pattern != nullptr;
+}
+
 }  // namespace kivo

@@ -16,4 +16,8 @@ namespace kivo {
 std::optional<QString> firstRegexMatch(const QString& pattern, const QString& text,
                                        const MatchBudget* budget = nullptr);
 
+// Whether `pattern` compiles with the options that matching uses. Prints nothing: the filter
+// editor asks on every keystroke and shows the answer itself.
+bool isValidRegex(const QString& pattern);
+
 }  // namespace kivo

@@ -328,6 +328,14 @@ void ActivityListView::createFilterFromSelected() {
 }
 
 void ActivityListView::previewRule(QUuid filterId) {
+    showPreview(filterId, false);
+}
+
+void ActivityListView::offerPastTime(QUuid filterId) {
+    showPreview(filterId, true);
+}
+
+void ActivityListView::showPreview(QUuid filterId, bool onlyWhenSomethingMoves) {
     const auto filters = store_.fetch<Filter>(live());
     const auto rule = std::find_if(filters.begin(), filters.end(),
                                    [&](const Filter& filter) { return filter.id == filterId; });
@@ -336,6 +344,10 @@ void ActivityListView::previewRule(QUuid filterId) {
     }
     auto* dialog =
         new RulePreviewDialog(store_, clock_, *rule, localDateOf(clock_.now()), pastTimeDays, this);
+    if (onlyWhenSomethingMoves && dialog->preview().moves.empty()) {
+        delete dialog;
+        return;
+    }
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &RulePreviewDialog::activitiesMoved, this, [this] {
         Q_EMIT activitiesChanged();

@@ -56,6 +56,9 @@ public:
     void createFilterFromSelected();
     // Opens "Apply to past time" for the tag `filterId`.
     void previewRule(QUuid filterId);
+    // The same after a tag was made or its rules saved, but only when the rules now accept some
+    // unassigned time: a save that changes nothing in the past asks nothing.
+    void offerPastTime(QUuid filterId);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -69,6 +72,7 @@ Q_SIGNALS:
     void isDetailUnifiedToggled(bool value);
 
 private:
+    void showPreview(QUuid filterId, bool onlyWhenSomethingMoves);
     QToolButton* actionButton(const QString& text, const QString& name, const QString& icon);
     void fillTagMenu(QMenu& menu, const std::function<void(QUuid, QUuid)>& onChosen) const;
     void updateHistogram();

@@ -15,10 +15,9 @@ ApplicationActions::ApplicationActions(QObject* parent) : QObject(parent) {
     openWindow_ = new QAction(QStringLiteral("Open Window"), this);
     connect(openWindow_, &QAction::triggered, this, &ApplicationActions::mainWindowRequested);
 
-    // The settings window arrives with the editors; until then the entry is shown but disabled.
     settings_ = new QAction(QStringLiteral("Settings..."), this);
     settings_->setShortcut(QKeySequence::Preferences);
-    settings_->setEnabled(false);
+    connect(settings_, &QAction::triggered, this, &ApplicationActions::settingsRequested);
 
     checkForUpdates_ = new QAction(QStringLiteral("Check for Updates…"), this);
     checkForUpdates_->setEnabled(false);

@@ -33,6 +33,7 @@ public:
 
 Q_SIGNALS:
     void mainWindowRequested();
+    void settingsRequested();
     void quitRequested();
 
 private:

@@ -9,6 +9,8 @@
 #include "gui/icons.h"
 #include "gui/main_window.h"
 #include "gui/missing_backend_dialog.h"
+#include "gui/secondary_window.h"
+#include "gui/settings_view.h"
 #include "gui/tray_item.h"
 #include "model/diagnostics.h"
 #include "model/open_store.h"
@@ -37,11 +39,13 @@ KivoApp::KivoApp(BrowserTabs& browserTabs, QObject* parent)
         }
     });
     connect(&actions_, &ApplicationActions::mainWindowRequested, this, &KivoApp::reopenMainWindow);
+    connect(&actions_, &ApplicationActions::settingsRequested, this, &KivoApp::openSettings);
     connect(&actions_, &ApplicationActions::quitRequested, qApp, &QCoreApplication::quit);
     followActivation();
 }
 
 KivoApp::~KivoApp() {
+    delete settingsWindow_;
     // The clean end: the window's capture timer stops with it, then the open captures are
     // recorded as if their gap had passed.
     tray_.reset();
@@ -68,13 +72,17 @@ void KivoApp::followActivation() {
             });
 }
 
-void KivoApp::start() {
-    mainWindow_->show();
+void KivoApp::start(bool hidden) {
+    if (hidden) {
+        mainWindow_->appearHidden();
+    } else {
+        mainWindow_->show();
+    }
     // Shown also when no tray host runs yet: Qt adds the item once one appears.
     tray_ = std::make_unique<TrayItem>(productivity_, state_, actions_);
     tray_->show();
     hasStarted_ = true;
-    if (!desktopFailure_.isEmpty()) {
+    if (!desktopFailure_.isEmpty() && !hidden) {
         showMissingBackendWarning(mainWindow_.get(), desktopFailure_);
     }
 }
@@ -86,6 +94,23 @@ void KivoApp::reopenMainWindow() {
     mainWindow_->showNormal();
     mainWindow_->raise();
     mainWindow_->activateWindow();
+}
+
+void KivoApp::openSettings() {
+    if (settingsWindow_ == nullptr) {
+        settingsWindow_ =
+            new SettingsView(*settings_,
+                             SessionFacts{sessionDesktopBackend(), desktopFailure_,
+                                          RecordStore::defaultPath(), settings_->filePath()},
+                             AutostartEntry(), QCoreApplication::applicationFilePath());
+        settingsWindow_->setAttribute(Qt::WA_DeleteOnClose);
+        settingsWindow_->setWindowFlag(Qt::WindowMinMaxButtonsHint, false);
+        settingsWindow_->resize(620, 400);
+        placeAtPointer(*settingsWindow_);
+    }
+    settingsWindow_->show();
+    settingsWindow_->raise();
+    settingsWindow_->activateWindow();
 }
 
 }  // namespace kivo

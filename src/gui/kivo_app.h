@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <memory>
 
@@ -18,6 +19,7 @@ namespace kivo {
 
 class BrowserTabs;
 class MainWindow;
+class SettingsView;
 class TrayItem;
 
 // The window application: it owns the store, today's productivity, the recorder and the
@@ -31,8 +33,11 @@ public:
     ~KivoApp() override;
 
     // Shows the main window (its first appearance starts recording) and the tray item, then
-    // warns when no desktop backend can read the focused window.
-    void start();
+    // warns when no desktop backend can read the focused window. Started `hidden` (at login),
+    // only the tray item shows and recording starts all the same.
+    void start(bool hidden = false);
+    // Opens the settings window, or brings the open one to the front.
+    void openSettings();
     // Brings the main window back to the front; before start() does nothing.
     void reopenMainWindow();
 
@@ -56,6 +61,7 @@ private:
     ApplicationActions actions_;
     std::unique_ptr<MainWindow> mainWindow_;
     std::unique_ptr<TrayItem> tray_;
+    QPointer<SettingsView> settingsWindow_;
     bool hasStarted_ = false;
 };
 

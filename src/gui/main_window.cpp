@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QMenu>
 #include <QShowEvent>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -19,6 +20,7 @@
 #include "desktop/xdg/application_icon.h"
 #include "gui/activity_list_view.h"
 #include "gui/date_picker_window.h"
+#include "gui/editor_windows.h"
 #include "gui/empty_state_view.h"
 #include "gui/icons.h"
 #include "gui/report_view.h"
@@ -110,11 +112,23 @@ MainWindow::MainWindow(const WindowServices& services, QWidget* parent)
     connect(sidebar_, &SidebarView::sectionChanged, this, &MainWindow::selectSection);
     connect(sidebar_, &SidebarView::treeSelectionChanged, this, &MainWindow::applySidebarSelection);
     connect(&tree_, &ProjectTreeViewModel::forceUpdateRequested, this, &MainWindow::forceUpdate);
+    editors_ =
+        std::make_unique<EditorWindows>(EditorServices{store_, tree_, catalog_, clock_}, this);
+    connect(sidebar_, &SidebarView::treeMenuRequested, editors_.get(),
+            &EditorWindows::fillTreeMenu);
     connect(&productivity_, &Productivity::valueChanged, this, &MainWindow::updateStatus);
     connect(&productivity_, &Productivity::durationTodayChanged, this, &MainWindow::updateStatus);
 
     buildToolBar();
     buildDetailArea();
+    // A tag made from an activity opens the editor prefilled; after any tag is saved, the past
+    // unassigned time its rules now accept is offered.
+    connect(this, &MainWindow::createFilterRequested, editors_.get(),
+            [this](const Filter& prefilled) {
+                editors_->openFilterEditor(prefilled.projectId, std::nullopt, prefilled);
+            });
+    connect(editors_.get(), &EditorWindows::filterSaved, activityList_,
+            &ActivityListView::offerPastTime);
 
     auto* splitter = new QSplitter(Qt::Horizontal);
     splitter->setChildrenCollapsible(false);
@@ -325,6 +339,12 @@ QDate MainWindow::today() const {
 
 void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
+    if (!hasAppeared_) {
+        firstAppearance();
+    }
+}
+
+void MainWindow::appearHidden() {
     if (!hasAppeared_) {
         firstAppearance();
     }

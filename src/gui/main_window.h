@@ -8,6 +8,7 @@
 #include <QStringList>
 #include <QTimer>
 #include <map>
+#include <memory>
 
 #include "gui/menu_items.h"
 #include "gui/report_rows.h"
@@ -31,6 +32,7 @@ class ApplicationSettings;
 class CaptureTimer;
 class Clock;
 class DatePickerWindow;
+class EditorWindows;
 class EmptyStateView;
 class Productivity;
 class ProductivityBarChartView;
@@ -99,6 +101,11 @@ public:
     DatePickerWindow* datePicker() const;
 
     ProjectTreeViewModel& treeModel() { return tree_; }
+    // The project and filter editors and the tree's edit commands.
+    EditorWindows& editors() const { return *editors_; }
+    // Prepares the store, the tree and recording as the first appearance does, without showing
+    // the window (Kivo started hidden, in the tray only).
+    void appearHidden();
     SidebarView& sidebar() const { return *sidebar_; }
     ReportView& reportView(ReportKind kind) const;
     ActivityListView& activityList() const { return *activityList_; }
@@ -139,6 +146,8 @@ private:
     const Clock& clock_;
 
     ProjectTreeViewModel tree_;
+    // Declared after the tree: its open editors go before the tree they write to.
+    std::unique_ptr<EditorWindows> editors_;
     CaptureTimer* captureTimer_ = nullptr;
     QTimer productivityTimer_;
     QHash<QString, QIcon> appIcons_;

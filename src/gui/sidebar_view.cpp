@@ -186,13 +186,21 @@ void SidebarView::emitTreeSelection() {
 
 void SidebarView::showTreeMenu(const QPoint& position) {
     const QModelIndex index = treeView_->indexAt(position);
-    if (!index.isValid() || model_->kindOf(index) != ProjectTreeItemModel::Kind::root) {
+    if (!index.isValid()) {
         return;
     }
+    const auto kind = model_->kindOf(index);
     QMenu menu(this);
-    menu.addAction(archivedToggleText(tree_.isShowArchivedProject()), this,
-                   [this] { tree_.setIsShowArchivedProject(!tree_.isShowArchivedProject()); });
-    menu.exec(treeView_->viewport()->mapToGlobal(position));
+    Q_EMIT treeMenuRequested(&menu, model_->idOf(index),
+                             kind == ProjectTreeItemModel::Kind::project,
+                             kind == ProjectTreeItemModel::Kind::filter);
+    if (kind == ProjectTreeItemModel::Kind::root) {
+        menu.addAction(archivedToggleText(tree_.isShowArchivedProject()), this,
+                       [this] { tree_.setIsShowArchivedProject(!tree_.isShowArchivedProject()); });
+    }
+    if (!menu.isEmpty()) {
+        menu.exec(treeView_->viewport()->mapToGlobal(position));
+    }
 }
 
 void SidebarView::updateArchivedToggle() {

@@ -8,6 +8,7 @@
 
 QT_BEGIN_NAMESPACE
 class QListWidget;
+class QMenu;
 class QToolButton;
 class QTreeView;
 QT_END_NAMESPACE
@@ -36,6 +37,8 @@ Q_SIGNALS:
     void sectionChanged(MenuType type);
     // The ids of the selected rows (root, projects, tags), in the order they are listed.
     void treeSelectionChanged(const std::vector<QUuid>& ids);
+    // The context menu of the row `id` is about to open: listeners add their commands to `menu`.
+    void treeMenuRequested(QMenu* menu, const QUuid& id, bool isProject, bool isFilter);
 
 private:
     void restoreExpansion();

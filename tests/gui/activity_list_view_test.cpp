@@ -11,6 +11,7 @@
 
 #include "capture/daily_totals.h"
 #include "gui/activity_list_model.h"
+#include "gui/rule_preview_dialog.h"
 #include "gui/window_harness.h"
 #include "model/application_settings.h"
 
@@ -140,6 +141,31 @@ TEST(ActivityListView, UnifiedDetailShowsTheListAloneAndIsRemembered) {
     h.selectInTree({h.s.code.id});
     auto& model = window.activityList().model();
     EXPECT_EQ(model.rowCount(model.index(0, 0)), 1);
+}
+
+TEST(ActivityListView, SavedRulesOfferPastTimeOnlyWhenTheyAcceptSome) {
+    ActivityWindow h;
+    MainWindow& window = h.showWindow();  // its first appearance makes the unassigned pair
+    const auto filters = h.store->fetch<Filter>(live());
+    const auto unassigned = std::find_if(filters.begin(), filters.end(), [](const Filter& f) {
+        return f.tagName == u"Unassigned"_qs;
+    });
+    ASSERT_NE(unassigned, filters.end());
+    h.record(*unassigned, u"report.odt"_qs, 600, 9);
+    auto docs = newRecord<Filter>(h.clock.now());
+    docs.projectId = h.s.code.projectId;
+    docs.tagName = u"Docs"_qs;
+    docs.appBundleId = test::editorId;
+    docs.matchExpressionOfTitle = u"report"_qs;
+    h.store->insert(docs);
+    h.store->save();
+
+    const auto dialogs = [&] { return window.findChildren<RulePreviewDialog*>().size(); };
+    window.activityList().offerPastTime(h.s.mail.id);
+    EXPECT_EQ(dialogs(), 0) << "a rule that accepts nothing asks nothing";
+    window.activityList().offerPastTime(docs.id);
+    ASSERT_EQ(dialogs(), 1);
+    EXPECT_EQ(window.findChild<RulePreviewDialog*>()->preview().durationTotal, 600);
 }
 
 }  // namespace

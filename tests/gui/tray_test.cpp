@@ -54,6 +54,12 @@ TEST(TrayItemTest, MenuEntriesInOrderWithUpdatesDisabled) {
     actions.reopenMainWindow()->trigger();
     EXPECT_EQ(requests, 2);
     EXPECT_EQ(actions.reopenMainWindow()->shortcut(), QKeySequence(Qt::CTRL | Qt::Key_1));
+
+    int settingsRequests = 0;
+    QObject::connect(&actions, &ApplicationActions::settingsRequested, [&] { ++settingsRequests; });
+    ASSERT_TRUE(actions.settings()->isEnabled());
+    actions.settings()->trigger();
+    EXPECT_EQ(settingsRequests, 1);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Renders every section of the main window, the tray menu, the date picker, the missing-backend
-# warning and the empty state, light and dark, at 1280x800 and 800x600, into PNG files.
+# warning, the empty state, the editors, the application chooser and the settings window, light
+# and dark, at 1280x800 and 800x600, into PNG files.
 #   tools/screenshots/render.sh [BUILD_DIR] [OUTPUT_DIR]
 # Needs what scripts/setup installs (Xvfb) and fonts that fontconfig finds (fonts-dejavu-core,
 # which Debian installs with fontconfig). Runs on a private X server it starts and stops itself.

@@ -2,7 +2,9 @@
 //   kivo_screenshots OUTPUT_FOLDER light|dark WIDTHxHEIGHT
 // Run it through render.sh, which gives it a private X server.
 #include <QApplication>
+#include <QCheckBox>
 #include <QDir>
+#include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QScreen>
@@ -17,10 +19,15 @@
 #include "capture/recorder.h"
 #include "gui/activity_list_view.h"
 #include "gui/application_actions.h"
+#include "gui/application_chooser.h"
 #include "gui/date_picker_window.h"
+#include "gui/editor_windows.h"
+#include "gui/filter_edit_view.h"
 #include "gui/main_window.h"
 #include "gui/missing_backend_dialog.h"
+#include "gui/project_edit_view.h"
 #include "gui/rule_preview_dialog.h"
+#include "gui/settings_view.h"
 #include "gui/sidebar_view.h"
 #include "gui/tray_item.h"
 #include "model/application_state.h"
@@ -277,6 +284,46 @@ struct Session {
     std::unique_ptr<MainWindow> window;
 };
 
+// The editors, the application chooser and the settings window.
+void renderEditors(Session& session, const QString& prefix) {
+    EditorWindows& editors = session.window->editors();
+    const auto& projects = session.window->treeModel().projects();
+    const Project project = session.store->fetch<Project>(live()).front();
+    ProjectEditView* projectEditor = editors.openProjectEditor(project.id);
+    save(*projectEditor, prefix + u"project-editor.png");
+    projectEditor->close();
+
+    const QUuid filterId = projects.front().filters.front().id;
+    FilterEditView* filterEditor = editors.openFilterEditor(filterId);
+    save(*filterEditor, prefix + u"filter-editor.png");
+    filterEditor->close();
+
+    // A new tag with an expression that does not compile.
+    filterEditor = editors.openFilterEditor(projects.front().id, std::nullopt);
+    filterEditor->selectApplication(QStringLiteral("firefox-esr"));
+    filterEditor->tagNameField().setText(QStringLiteral("Reading"));
+    filterEditor->titleRegexSwitch().setChecked(true);
+    filterEditor->titleField().setText(QStringLiteral("[Docs"));
+    save(*filterEditor, prefix + u"filter-editor-invalid.png");
+
+    ApplicationChooser chooser(session.catalog);
+    chooser.show();
+    chooser.searchField().setText(QStringLiteral("te"));
+    save(chooser, prefix + u"application-chooser.png");
+    chooser.close();
+    filterEditor->close();
+
+    SettingsView settings(*session.settings,
+                          SessionFacts{QStringLiteral("X11 (display :0)"), QString(),
+                                       QStringLiteral("/home/user/.local/share/Kivo/kivo.sqlite"),
+                                       session.settings->filePath()},
+                          AutostartEntry(QDir::tempPath()), QStringLiteral("/usr/bin/kivo"));
+    settings.resize(620, 400);
+    settings.show();
+    save(settings, prefix + u"settings.png");
+    settings.close();
+}
+
 int render(const QString& output, const QString& theme, QSize size) {
     QDir().mkpath(output);
     const QString prefix =
@@ -353,6 +400,8 @@ int render(const QString& output, const QString& theme, QSize size) {
         &window, QStringLiteral("no X11 display to record (DISPLAY is not set)"));
     save(*warning, prefix + u"missing-backend.png");
     warning->close();
+
+    renderEditors(session, prefix);
     window.hide();
 
     Session empty(scratch.filePath(QStringLiteral("empty")), false);
