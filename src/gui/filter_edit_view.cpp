@@ -39,7 +39,7 @@ QString matchPlaceholder(bool isRegexOn) {
 FilterEditView::FilterEditView(const EditorServices& services, const QUuid& projectId,
                                const std::optional<QUuid>& filterId,
                                const std::optional<Filter>& prefill, QWidget* parent)
-    : QWidget(parent), services_(services), projectId_(projectId) {
+    : EditorWindow(parent), services_(services), projectId_(projectId) {
     setAccessibleName(QStringLiteral("FilterEditView"));
     if (filterId) {
         targetFilter_ = findFilter(services_.store, *filterId);
@@ -316,25 +316,6 @@ bool FilterEditView::save() {
     Q_EMIT filterSaved(*savedId);
     close();
     return true;
-}
-
-void FilterEditView::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-            save();
-            return;
-        case Qt::Key_Escape:
-            close();
-            return;
-        default:
-            QWidget::keyPressEvent(event);
-    }
-}
-
-void FilterEditView::closeEvent(QCloseEvent* event) {
-    QWidget::closeEvent(event);
-    Q_EMIT closed();
 }
 
 }  // namespace kivo

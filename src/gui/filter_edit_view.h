@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "gui/editor_services.h"
+#include "gui/editor_window.h"
 #include "model/records.h"
 
 QT_BEGIN_NAMESPACE
@@ -22,7 +23,7 @@ namespace kivo {
 // rules, rating and pre-processing. Every expression is checked as matching would compile it,
 // and Save is offered only while all of them compile and the tag has a name and an application.
 // The unassigned filter opens for renaming only.
-class FilterEditView : public QWidget {
+class FilterEditView : public EditorWindow {
     Q_OBJECT
 
 public:
@@ -42,7 +43,7 @@ public:
 
     // Writes the filter and updates its tree node; then the window closes. False when nothing
     // could be saved (invalid form, store failure).
-    bool save();
+    bool save() override;
 
     QLineEdit& tagNameField() const { return *tagName_; }
     QLineEdit& titleField() const { return *title_; }
@@ -61,12 +62,6 @@ public:
 Q_SIGNALS:
     // After a save, with the saved filter's id.
     void filterSaved(const QUuid& filterId);
-    // The window has been closed, saved or not.
-    void closed();
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
-    void closeEvent(QCloseEvent* event) override;
 
 private:
     void buildForm();

@@ -14,7 +14,7 @@ namespace kivo {
 
 ProjectEditView::ProjectEditView(const EditorServices& services,
                                  const std::optional<QUuid>& projectId, QWidget* parent)
-    : QWidget(parent), services_(services) {
+    : EditorWindow(parent), services_(services) {
     setAccessibleName(QStringLiteral("ProjectEditView"));
     if (projectId) {
         targetProject_ = findProject(services_.store, *projectId);
@@ -69,25 +69,6 @@ bool ProjectEditView::save() {
     Q_EMIT projectSaved(*savedId);
     close();
     return true;
-}
-
-void ProjectEditView::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
-            save();
-            return;
-        case Qt::Key_Escape:
-            close();
-            return;
-        default:
-            QWidget::keyPressEvent(event);
-    }
-}
-
-void ProjectEditView::closeEvent(QCloseEvent* event) {
-    QWidget::closeEvent(event);
-    Q_EMIT closed();
 }
 
 }  // namespace kivo

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "gui/editor_services.h"
+#include "gui/editor_window.h"
 #include "model/records.h"
 
 QT_BEGIN_NAMESPACE
@@ -17,7 +18,7 @@ namespace kivo {
 
 // The small window in which a project is created, renamed or archived. The unassigned project
 // opens for renaming only. Save is offered while the name is not empty.
-class ProjectEditView : public QWidget {
+class ProjectEditView : public EditorWindow {
     Q_OBJECT
 
 public:
@@ -28,7 +29,7 @@ public:
     bool isNewProject() const { return !targetProject_.has_value(); }
     bool isNameChangeOnly() const { return isNameChangeOnly_; }
     // Writes the project and its tree node; then the window closes.
-    bool save();
+    bool save() override;
 
     QLineEdit& nameField() const { return *name_; }
     QCheckBox& archiveToggle() const { return *archive_; }
@@ -36,11 +37,6 @@ public:
 
 Q_SIGNALS:
     void projectSaved(const QUuid& projectId);
-    void closed();
-
-protected:
-    void keyPressEvent(QKeyEvent* event) override;
-    void closeEvent(QCloseEvent* event) override;
 
 private:
     EditorServices services_;
