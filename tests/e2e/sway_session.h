@@ -27,7 +27,7 @@ public:
             return;
         }
         QFile config(runtime_.filePath(QStringLiteral("config")));
-        if (!config.open(QIODevice::WriteOnly) || config.write("xwayland disable\n") < 0) {
+        if (!config.open(QIODevice::WriteOnly) || config.write("xwayland enable\n") < 0) {
             return;
         }
         config.close();
@@ -100,6 +100,23 @@ public:
             return std::nullopt;
         }
         return process.readAllStandardOutput();
+    }
+
+    // The X display of the session's XWayland, started on first use, as sway hands it to its own
+    // children; empty when there is none.
+    QString xwaylandDisplay() const {
+        const QString file = runtime_.filePath(QStringLiteral("xwayland-display"));
+        if (!swaymsg({QStringLiteral("exec echo \"$DISPLAY\" > %1").arg(file)})) {
+            return {};
+        }
+        for (const QDeadlineTimer deadline(20'000); !deadline.hasExpired(); QThread::msleep(50)) {
+            QFile answer(file);
+            if (answer.open(QIODevice::ReadOnly) && answer.readAll().endsWith('\n')) {
+                answer.seek(0);
+                return QString::fromLocal8Bit(answer.readAll().trimmed());
+            }
+        }
+        return {};
     }
 
     // The title of the window sway has focused, or nothing.

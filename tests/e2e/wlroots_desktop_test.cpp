@@ -83,6 +83,24 @@ TEST_F(WlrootsDesktopTest, FollowsTheActivatedToplevelThroughOpeningRetitlingFoc
     EXPECT_FALSE(sampleUntil(std::nullopt)) << "no window, no sample";
 }
 
+// An X client under XWayland is a toplevel like any other: its WM_CLASS names the application
+// through the desktop entry's StartupWMClass, and sway's IPC gives its process.
+TEST_F(WlrootsDesktopTest, NamesAnXWaylandWindowByItsDesktopEntry) {
+    const QString display = session_->xwaylandDisplay();
+    ASSERT_FALSE(display.isEmpty()) << logOf(*session_);
+    ASSERT_NE(catalog_.index().find(QStringLiteral("debian-xterm")), nullptr);
+    const auto xterm =
+        session_->startClient(QStringLiteral("env"),
+                              {QStringLiteral("DISPLAY=") + display, QStringLiteral("xterm"),
+                               QStringLiteral("-T"), QStringLiteral("kivo-x"), QStringLiteral("-e"),
+                               QStringLiteral("sleep"), QStringLiteral("600")});
+    const auto window = sampleUntil(QStringLiteral("kivo-x"));
+    ASSERT_TRUE(window && window->title == QStringLiteral("kivo-x")) << logOf(*session_);
+    EXPECT_EQ(window->bundleId, QStringLiteral("debian-xterm"));
+    EXPECT_EQ(window->name, QStringLiteral("XTerm"));
+    EXPECT_EQ(window->processId, xterm->process().processId());
+}
+
 TEST_F(WlrootsDesktopTest, NoSampleOnceTheCompositorIsGone) {
     SwayTerminal one(*session_, QStringLiteral("kivo-one"));
     ASSERT_TRUE(sampleUntil(QStringLiteral("kivo-one")));
