@@ -42,7 +42,7 @@ int runTracker(int argc, char* argv[]) {
     Recorder recorder(*choice.focusedWindow, *browserTabs, *store, *settings, clock);
     catalog.rescan();
     recorder.setInstalledApplications(catalog.installedBundleIds());
-    const auto presence = choosePresence();
+    const auto presence = choosePresence(*settings, clock);
     ApplicationState state;
     recorder.watchPresence(*presence, state);
     // Headless, the log is where the user sees why nothing counts.

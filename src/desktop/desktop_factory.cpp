@@ -5,6 +5,8 @@
 #include "desktop/hyprland/hyprland_desktop.h"
 #include "desktop/presence/session_presence.h"
 #include "desktop/session_environment.h"
+#include "desktop/wayland/notified_idle_time.h"
+#include "desktop/wayland/wayland_idle_notifier.h"
 #include "desktop/wlroots/wlroots_desktop.h"
 #include "desktop/x11/x11_desktop.h"
 #include "desktop/x11/x11_screen_saver.h"
@@ -75,15 +77,26 @@ DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
     return {nullptr, verdict.failure};
 }
 
-std::unique_ptr<PresenceSource> choosePresence() {
+std::unique_ptr<PresenceSource> choosePresence(const ApplicationSettings& settings,
+                                               const Clock& clock) {
     // The X server's idle time and screen saver speak for the user only in an X11 session: under
-    // Wayland, XWayland sees only the input of X clients.
+    // Wayland, XWayland sees only the input of X clients; there the compositor notifies.
     std::unique_ptr<PresenceSource> display;
     const SessionEnvironment session = SessionEnvironment::fromProcess();
     const SessionVerdict verdict = classifySession(session);
-    if (verdict.failure.isEmpty() && verdict.kind == SessionKind::X11) {
-        QString ignoredFailure;
-        display = X11ScreenSaver::connect(session.x11Display, ignoredFailure);
+    QString ignoredFailure;
+    if (verdict.kind == SessionKind::X11) {
+        if (verdict.failure.isEmpty()) {
+            display = X11ScreenSaver::connect(session.x11Display, ignoredFailure);
+        }
+    } else if (auto notifier =
+                   WaylandIdleNotifier::connect(session.waylandDisplay, ignoredFailure)) {
+        display = std::make_unique<NotifiedIdleTime>(
+            [name = session.waylandDisplay]() -> std::unique_ptr<IdleNotifier> {
+                QString ignoredFailure;
+                return WaylandIdleNotifier::connect(name, ignoredFailure);
+            },
+            [&settings] { return settings.idleTimeout(); }, clock, std::move(notifier));
     }
     return std::make_unique<SessionPresence>(
         std::move(display),

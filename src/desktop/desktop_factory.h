@@ -6,6 +6,7 @@
 #include "capture/focused_window.h"
 #include "capture/presence.h"
 #include "desktop/xdg/xdg_application_catalog.h"
+#include "model/application_settings.h"
 
 namespace kivo {
 
@@ -22,8 +23,11 @@ struct DesktopChoice {
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog);
 
 // Whether the user is at this session: logind's session of this process, the desktop's services
-// on the session bus and, when DISPLAY names one, the X server's screen saver and idle time.
-// Whatever is missing simply tells nothing.
-std::unique_ptr<PresenceSource> choosePresence();
+// on the session bus and the display's own view: in an X11 session the X server's screen saver
+// and idle time, under Wayland the compositor's idle notifications for the user's idle timeout
+// in `settings`. Whatever is missing simply tells nothing. `settings` and `clock` must outlive
+// the source.
+std::unique_ptr<PresenceSource> choosePresence(const ApplicationSettings& settings,
+                                               const Clock& clock);
 
 }  // namespace kivo

@@ -25,7 +25,7 @@ KivoApp::KivoApp(BrowserTabs& browserTabs, QObject* parent)
       catalog_(XdgEnvironment::fromProcess()) {
     chooseFocusedWindowSource();
     recorder_ = std::make_unique<Recorder>(*desktop_, browserTabs, *store_, *settings_, clock_);
-    presence_ = choosePresence();
+    presence_ = choosePresence(*settings_, clock_);
     recorder_->watchPresence(*presence_, state_);
     mainWindow_ = std::make_unique<MainWindow>(
         WindowServices{*store_, *settings_, productivity_, *recorder_, catalog_, clock_});

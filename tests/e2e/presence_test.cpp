@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
+#include <QDeadlineTimer>
+#include <QThread>
 #include <cstdlib>
 
 #include "desktop/presence/session_presence.h"
 #include "desktop/x11/x11_screen_saver.h"
 #include "e2e/fake_session_services.h"
 #include "e2e/private_bus.h"
+#include "e2e/scoped_process.h"
 #include "e2e/xvfb_server.h"
 #include "support/fake_desktop.h"
 
@@ -20,7 +23,7 @@ using test::FakeServices;
 using test::Inhibitor;
 using test::PrivateBus;
 
-// The idle time on an X server is the tracker's end-to-end test; here the screen saver.
+// The screen saver blanking the screen.
 TEST(X11ScreenSaver, ARunningScreenSaverLocks) {
     test::XvfbServer server;
     ASSERT_TRUE(server.isReady());
@@ -40,6 +43,52 @@ TEST(X11ScreenSaver, ARunningScreenSaverLocks) {
     force(XCB_SCREEN_SAVER_RESET);
     EXPECT_FALSE(saver->isLocked());
     xcb_disconnect(other);
+}
+
+// The idle time is the server's count, as xprintidle shows it, and the pointer resets it.
+TEST(X11ScreenSaver, IdleTimeIsTheServersCountAndInputResetsIt) {
+    test::XvfbServer server;
+    ASSERT_TRUE(server.isReady());
+    QString failure;
+    const auto saver = X11ScreenSaver::connect(server.displayName(), failure);
+    ASSERT_NE(saver, nullptr) << failure.toStdString();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"DISPLAY"_s, QString::fromLatin1(server.displayName()));
+    // The output of `program`, or nothing when it failed.
+    const auto run = [&environment](const QString& program, const QStringList& arguments) {
+        test::ScopedProcess command(program, arguments, environment);
+        QProcess& process = command.process();
+        const bool isDone = process.waitForFinished(30'000) &&
+                            process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+        return isDone ? std::optional(process.readAllStandardOutput()) : std::nullopt;
+    };
+    // xprintidle's count in seconds; below 0 when it failed.
+    const auto printedIdle = [&run] {
+        bool isNumber = false;
+        const auto output = run(u"xprintidle"_s, {});
+        const double milliseconds = output ? output->trimmed().toDouble(&isNumber) : 0.0;
+        return isNumber ? milliseconds / 1000.0 : -1.0;
+    };
+
+    double before = 0.0;
+    for (const QDeadlineTimer deadline(20'000); (before = printedIdle()) < 1.5;
+         QThread::msleep(100)) {
+        ASSERT_GE(before, 0.0) << "xprintidle failed";
+        ASSERT_FALSE(deadline.hasExpired()) << "the idle count never grew";
+    }
+    const auto idle = saver->idleTime();
+    const double after = printedIdle();
+    ASSERT_TRUE(idle.has_value());
+    EXPECT_GE(idle->count(), before);
+    EXPECT_LE(idle->count(), after);
+
+    ASSERT_TRUE(run(u"xdotool"_s, {u"mousemove"_s, u"10"_s, u"20"_s}));
+    const auto reset = saver->idleTime();
+    ASSERT_TRUE(reset.has_value());
+    EXPECT_LT(reset->count(), 1.0);
+    const double printed = printedIdle();
+    EXPECT_GE(printed, 0.0);
+    EXPECT_LT(printed, before);
 }
 
 // Fake logind on a private "system" bus and fake desktop services on a private "session" bus.

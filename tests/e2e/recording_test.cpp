@@ -10,6 +10,7 @@
 
 #include "e2e/fake_session_services.h"
 #include "e2e/fake_window_manager.h"
+#include "e2e/output_watch.h"
 #include "e2e/private_bus.h"
 #include "e2e/xvfb_server.h"
 #include "model/application_settings.h"
@@ -18,6 +19,7 @@
 namespace kivo {
 namespace {
 
+using test::OutputWatch;
 using test::ScopedProcess;
 
 // When a scripted change happened: some time between the command's start and its end.
@@ -284,23 +286,6 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
         EXPECT_GE(written[i].startAt, written[i - 1].endAt) << written[i].title.toStdString();
     }
 }
-
-// Kivo's output, read as it comes.
-class OutputWatch {
-public:
-    explicit OutputWatch(ScopedProcess& process) : process_(process) {}
-
-    // How often `line` has been printed so far. Without an event loop, only a wait reads the pipe.
-    qsizetype count(const QByteArray& line) {
-        process_.process().waitForReadyRead(100);
-        seen_ += process_.process().readAllStandardOutput();
-        return seen_.count(QByteArray(line + '\n'));
-    }
-
-private:
-    ScopedProcess& process_;
-    QByteArray seen_;
-};
 
 TEST_F(RecordingTest, TimeAwayAddsNothingAndTheSameCaptureContinuesAfterwards) {
     test::FakeServices logind(systemBus_.address());

@@ -1,18 +1,23 @@
 // The real `kivo` binary recording foot windows in a private headless sway, and the store it
-// leaves.
+// leaves; away from the desk, sway's idle notifications pause it.
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
 #include <numeric>
 
+#include "e2e/output_watch.h"
+#include "e2e/private_bus.h"
 #include "e2e/sway_session.h"
 #include "e2e/sway_terminal.h"
+#include "e2e/wayland_idle_inhibitor.h"
 #include "model/application_settings.h"
 #include "model/record_store.h"
 
 namespace kivo {
 namespace {
 
+using test::OutputWatch;
+using test::PrivateBus;
 using test::ScopedProcess;
 using test::SwaySession;
 using test::SwayTerminal;
@@ -50,6 +55,23 @@ QProcessEnvironment kivoEnvironment(const QTemporaryDir& home, const QByteArray&
     return environment;
 }
 
+// Kivo prepares its store just before it starts ticking; it may be half-created for a while.
+bool waitForStore(const QString& storePath) {
+    for (const QDeadlineTimer deadline(30'000); !deadline.hasExpired(); QThread::msleep(100)) {
+        try {
+            if (QFile::exists(storePath) &&
+                !RecordStore::open(storePath, RecordStore::Mode::ReadOnly)
+                     ->fetch<Filter>()
+                     .empty()) {
+                return true;
+            }
+        } catch (const StoreError&) {
+        }
+    }
+    ADD_FAILURE() << "Kivo prepared no store";
+    return false;
+}
+
 TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     QTemporaryDir home;
     ASSERT_TRUE(home.isValid());
@@ -74,19 +96,7 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     ScopedProcess kivo(
         QStringLiteral(KIVO_BINARY), {QStringLiteral("record")},
         kivoEnvironment(home, session.displayPath(), session.swaySocket(), QStringLiteral("sway")));
-    // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
-    for (const QDeadlineTimer deadline(30'000);; QThread::msleep(100)) {
-        try {
-            if (QFile::exists(storePath) &&
-                !RecordStore::open(storePath, RecordStore::Mode::ReadOnly)
-                     ->fetch<Filter>()
-                     .empty()) {
-                break;
-            }
-        } catch (const StoreError&) {
-        }
-        ASSERT_FALSE(deadline.hasExpired()) << "Kivo prepared no store";
-    }
+    ASSERT_TRUE(waitForStore(storePath));
     const double ready = now();
     QThread::msleep(3'000);
     ASSERT_EQ(session.focusedTitle(), QStringLiteral("kivo-e2e-one"));
@@ -138,6 +148,90 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     const std::int64_t recorded = totalDuration(activities);
     EXPECT_EQ(totalDuration(store->fetch<AppUsage>()), recorded);
     EXPECT_EQ(totalDuration(store->fetch<TagUsage>()), recorded);
+}
+
+TEST(SwayRecordingTest, TimeAwayAddsNothingAndAnIdleInhibitorKeepsTimeCounting) {
+    QTemporaryDir home;
+    ASSERT_TRUE(home.isValid());
+    SwaySession session;
+    ASSERT_TRUE(session.isReady());
+    SwayTerminal terminal(session, QStringLiteral("kivo-e2e-idle"));
+    ASSERT_TRUE(session.waitForFocus(QStringLiteral("kivo-e2e-idle")));
+    const auto settings =
+        ApplicationSettings::openFile(home.filePath(QStringLiteral("config/Kivo/Kivo.conf")));
+    settings->setMaximumGapLength(2.0);
+    // Long enough that input every few hundred milliseconds on a busy machine never looks idle.
+    settings->setIdleTimeout(4.0);
+    // Private buses, so that the session the tests run in (its lock, its idle time) plays no part.
+    PrivateBus systemBus;
+    PrivateBus sessionBus;
+    ASSERT_TRUE(systemBus.isReady() && sessionBus.isReady());
+    QProcessEnvironment environment =
+        kivoEnvironment(home, session.displayPath(), session.swaySocket(), QStringLiteral("sway"));
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), systemBus.address());
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), sessionBus.address());
+    environment.remove(QStringLiteral("XDG_SESSION_ID"));
+
+    // sway's own pointer command counts as input; each nudge waits a little after it.
+    const auto nudge = [&session] {
+        session.swaymsg({QStringLiteral("seat"), QStringLiteral("-"), QStringLiteral("cursor"),
+                         QStringLiteral("move"), QStringLiteral("1"), QStringLiteral("1")});
+        QThread::msleep(300);
+    };
+    const auto nudgeFor = [&](int ms) {
+        for (const QDeadlineTimer deadline(ms); !deadline.hasExpired();) {
+            nudge();
+        }
+    };
+    nudge();
+    const QString storePath = home.filePath(QStringLiteral("data/Kivo/kivo.sqlite"));
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment);
+    ASSERT_TRUE(waitForStore(storePath));
+    OutputWatch output(kivo);
+    const auto waitFor = [&](const char* line, qsizetype times, bool isNudging) {
+        for (const QDeadlineTimer deadline(30'000); output.count(line) < times;) {
+            if (deadline.hasExpired()) {
+                return false;
+            }
+            isNudging ? nudge() : QThread::msleep(100);
+        }
+        return true;
+    };
+    nudgeFor(2'000);
+
+    // Idle past the timeout, then three seconds more; the pointer brings the user back.
+    ASSERT_TRUE(waitFor("Paused: away", 1, false));
+    const double idlePaused = now();
+    QThread::msleep(3'000);
+    const double idleBack = now();
+    ASSERT_TRUE(waitFor("Recording again", 1, true));
+    nudgeFor(2'000);
+
+    // Without input for well beyond the timeout, but a client inhibits idleness.
+    {
+        test::WaylandIdleInhibitor inhibitor(session.displayPath());
+        ASSERT_TRUE(inhibitor.isHolding());
+        nudge();
+        QThread::msleep(7'000);
+        EXPECT_EQ(output.count("Paused: away"), 1) << "away although an idle inhibitor held";
+    }
+    nudgeFor(1'000);
+    EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
+
+    // One capture from start to end, recorded at the clean end.
+    const auto store = RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
+    const auto activities = store->fetch<Activity>({"", {}, "startAt"});
+    ASSERT_EQ(activities.size(), 1u) << "the absence outlasted the gap, yet the capture ended";
+    const Activity& activity = activities[0];
+    EXPECT_EQ(activity.title, QStringLiteral("kivo-e2e-idle"));
+    // The absence was at least as long as seen here and adds one period on the return; how much
+    // longer it was depends on when this test saw Kivo pause and return, hence a wide lower bound.
+    const double span = toEpochSeconds(activity.endAt) - toEpochSeconds(activity.startAt);
+    const double away = idleBack - idlePaused;
+    const double duration = static_cast<double>(activity.duration);
+    EXPECT_LE(duration, span - away + 1.0 + 1.0) << "span " << span << ", away " << away;
+    EXPECT_GE(duration, span - away - 3.0 - 1.0) << "span " << span << ", away " << away;
+    EXPECT_EQ(totalDuration(store->fetch<AppUsage>()), activity.duration);
 }
 
 TEST(SwayRecordingTest, OnAWaylandDesktopItCannotReadSaysSoInOneLineAndNeverFallsBackToX11) {

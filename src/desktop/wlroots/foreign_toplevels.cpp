@@ -1,12 +1,12 @@
 #include "desktop/wlroots/foreign_toplevels.h"
 
-#include <poll.h>
 #include <wayland-client.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
+#include "desktop/wayland/wayland_events.h"
 #include "wlr-foreign-toplevel-management-unstable-v1-client-protocol.h"
 
 namespace kivo {
@@ -15,9 +15,6 @@ namespace {
 
 // Version 3 adds only the parent event; older compositors still say all this one needs.
 constexpr std::uint32_t newestKnownVersion = 3;
-
-// Reading stops after this many socket reads in one update, so that a flood cannot hold a tick.
-constexpr int maximumReadsPerUpdate = 16;
 
 void ignoreOutput(void*, zwlr_foreign_toplevel_handle_v1*, wl_output*) {}
 void ignoreParent(void*, zwlr_foreign_toplevel_handle_v1*, zwlr_foreign_toplevel_handle_v1*) {}
@@ -72,36 +69,10 @@ bool ForeignToplevels::update() {
     if (hasFailed_) {
         return false;
     }
-    const auto fail = [this] {
+    if (!dispatchWithoutWaiting(display_) || manager_ == nullptr) {
         hasFailed_ = true;
         forgetAll();
         return false;
-    };
-    for (int read = 0; read < maximumReadsPerUpdate; ++read) {
-        while (wl_display_prepare_read(display_) != 0) {
-            if (wl_display_dispatch_pending(display_) < 0) {
-                return fail();
-            }
-        }
-        if (wl_display_flush(display_) < 0 && errno != EAGAIN) {
-            wl_display_cancel_read(display_);
-            return fail();
-        }
-        pollfd socket{wl_display_get_fd(display_), POLLIN, 0};
-        const int ready = ::poll(&socket, 1, 0);
-        if (ready <= 0) {
-            wl_display_cancel_read(display_);
-            if (ready < 0 && errno != EINTR) {
-                return fail();
-            }
-            break;
-        }
-        if (wl_display_read_events(display_) < 0) {
-            return fail();
-        }
-    }
-    if (wl_display_dispatch_pending(display_) < 0 || manager_ == nullptr) {
-        return fail();
     }
     return true;
 }
