@@ -331,7 +331,8 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             }
             // A store from an older Kivo, or one whose summaries another tool dropped, is
             // summarised once here; from then on the triggers keep it so.
-            if (!usage_summaries::areCurrent(*database)) {
+            if (!usage_summaries::areCurrent(*database) ||
+                !usage_summaries::agreeWithTheRecords(*database)) {
                 usage_summaries::rebuild(*database);
             }
             transaction.commit();

@@ -171,6 +171,22 @@ std::string fillFromRecords(const SummarisedKind& kind, int days) {
            stretchOf(kind.kind, days) + ", filterId, " + kind.key + ")) WHERE place = 1";
 }
 
+// The same from the summaries of finer stretches that make up each of `days`: far fewer rows.
+std::string fillFromFiner(const SummarisedKind& kind, int days, int finerDays) {
+    const std::string name = hasName(kind) ? std::string(", ") + kind.name : "";
+    const std::string coarse = "stretch / " + text(days / finerDays);
+    return "INSERT INTO " + tableOf(kind.kind) + " (days, stretch, filterId, " + kind.key +
+           ", duration, members, firstCreatedAt, firstRowid" + name + ") SELECT " + text(days) +
+           ", coarse, filterId, " + kind.key + ", total, allMembers, firstCreatedAt, firstRowid" +
+           name + " FROM (SELECT " + coarse + " AS coarse, filterId, " + kind.key +
+           ", firstCreatedAt, firstRowid" + name +
+           ", SUM(duration) OVER byGroup AS total, SUM(members) OVER byGroup AS allMembers, "
+           "ROW_NUMBER() OVER (byGroup ORDER BY firstCreatedAt, firstRowid) AS place FROM " +
+           tableOf(kind.kind) + " WHERE days = " + text(finerDays) +
+           " WINDOW byGroup AS (PARTITION BY " + coarse + ", filterId, " + kind.key +
+           ")) WHERE place = 1";
+}
+
 bool exists(SQLite::Database& database, const char* type, const std::string& name) {
     SQLite::Statement query(database,
                             "SELECT 1 FROM sqlite_schema WHERE type = ? AND name = ? LIMIT 1");
@@ -247,6 +263,26 @@ bool areCurrent(SQLite::Database& database) {
     return true;
 }
 
+bool agreeWithTheRecords(SQLite::Database& database) {
+    for (const auto& kind : kinds) {
+        // The coarsest stretches hold every summarised total once.
+        SQLite::Statement records(database,
+                                  std::string("SELECT COUNT(*), TOTAL(CAST(duration AS INTEGER)) "
+                                              "FROM ") +
+                                      kind.kind + " WHERE " + isSummarised(kind.kind));
+        SQLite::Statement summarised(database, "SELECT TOTAL(members), TOTAL(duration) FROM " +
+                                                   tableOf(kind.kind) +
+                                                   " WHERE days = " + text(stretchDays[0]));
+        records.executeStep();
+        summarised.executeStep();
+        if (records.getColumn(0).getDouble() != summarised.getColumn(0).getDouble() ||
+            records.getColumn(1).getDouble() != summarised.getColumn(1).getDouble()) {
+            return false;
+        }
+    }
+    return true;
+}
+
 void rebuild(SQLite::Database& database) {
     for (const auto& kind : kinds) {
         for (const char* event : triggerEvents) {
@@ -254,8 +290,11 @@ void rebuild(SQLite::Database& database) {
         }
         database.exec("DROP TABLE IF EXISTS " + tableOf(kind.kind));
         database.exec(tableDefinition(kind));
-        for (int days : stretchDays) {
-            database.exec(fillFromRecords(kind, days));
+        // Finest first, each coarser one from the one below it.
+        constexpr std::size_t finest = std::size(stretchDays) - 1;
+        database.exec(fillFromRecords(kind, stretchDays[finest]));
+        for (std::size_t level = finest; level-- > 0;) {
+            database.exec(fillFromFiner(kind, stretchDays[level], stretchDays[level + 1]));
         }
         for (const auto& trigger : triggerDefinitions(kind)) {
             database.exec(trigger);
@@ -269,7 +308,11 @@ void rebuild(SQLite::Database& database) {
 
 std::vector<RangePiece> piecesOf(double begin, double end) {
     std::vector<RangePiece> pieces;
-    cut(begin, end, 0, pieces);
+    // Far beyond any calendar date, a stretch number would not fit its integer.
+    constexpr double farthest = 1e15;
+    cut(begin, end,
+        std::abs(begin) < farthest && std::abs(end) < farthest ? 0 : std::size(stretchDays),
+        pieces);
     return pieces;
 }
 

@@ -18,9 +18,15 @@ namespace kivo::usage_summaries {
 // [k × days × 86400, (k + 1) × days × 86400) in seconds since the epoch: in UTC, so that sums do
 // not depend on the time zone of whoever wrote them.
 inline constexpr int stretchDays[] = {32, 4};
+static_assert(stretchDays[0] % stretchDays[1] == 0, "a stretch is made of whole finer ones");
 
 // Whether the summaries and all their triggers are there, made by this version of the rules.
 bool areCurrent(SQLite::Database& database);
+
+// Whether they also hold as many totals and seconds as the records do. A tool that replaces a
+// total (INSERT OR REPLACE) deletes the old one without its triggers, and this tells; it reads
+// every total, so it runs where the store is opened for writing, once per start.
+bool agreeWithTheRecords(SQLite::Database& database);
 
 // Drops whatever summaries there are, makes them anew from the records and installs the triggers.
 // Runs inside the caller's transaction.

@@ -9,7 +9,6 @@
 #include <iterator>
 #include <random>
 
-#include "model/range_totals.h"
 #include "model/record_store.h"
 #include "support/temp_home.h"
 
@@ -206,81 +205,64 @@ TEST(UsageSummaries, KeptByTheTriggersEqualOnesMadeFromTheRecords) {
     }
 }
 
-// The reports' groups, in a form that compares whole: names, sums and places.
-std::vector<std::string> groupsRead(RecordStore& store) {
-    const DayRange range{fromEpochSeconds(20'003 * day + 7200), fromEpochSeconds(20'110 * day)};
-    QSet<QUuid> counted;
-    store.read("SELECT DISTINCT filterId FROM AppUsage", {},
-               [&](const RowCells& row) { counted.insert(QUuid::fromString(row.text(0))); });
-    std::vector<std::string> lines;
-    for (const auto& group : appUsageGroups(store, range, counted)) {
-        lines.push_back(group.appBundleId.toStdString() + " " + group.appName.toStdString() + " " +
-                        std::to_string(group.duration) + " " + std::to_string(group.first.rowid));
-    }
-    for (const auto& group : webUsageGroups(store, range, counted)) {
-        lines.push_back(group.domainName.toStdString() + " " + std::to_string(group.duration) +
-                        " " + std::to_string(group.first.rowid));
-    }
-    for (const auto& group : tagUsageGroups(store, range, counted)) {
-        lines.push_back(group.projectId.toString().toStdString() + " " +
-                        std::to_string(group.duration) + " " + std::to_string(group.first.rowid));
-    }
-    std::sort(lines.begin(), lines.end());
-    return lines;
-}
-
-TEST(UsageSummaries, StaleOnesAreMadeAnewOnOpenAndReadOnlyStoresReadTheRecords) {
+// Whatever made them stale, a writable open makes them anew, and until then a read-only open
+// reads the totals themselves (the reports' tests compare the two readings).
+TEST(UsageSummaries, StaleOnesAreMadeAnewOnOpenAndNotReadBeforeThat) {
     TempHome home;
     RandomTotals totals(11);
-    std::vector<std::string> before;
     {
         auto store = home.openStore();
         totals.insertSome(*store, 150);
         store->save();
-        ASSERT_TRUE(store->hasUsageSummaries());
-        before = groupsRead(*store);
     }
-    ASSERT_GT(before.size(), 20u);
-    const std::vector<std::function<void(SQLite::Database&)>> staleness{
+    // Each with whether a read-only open already tells: a replaced total only shows in the
+    // thorough check of a writable open.
+    const std::vector<std::pair<std::function<void(SQLite::Database&)>, bool>> staleness{
         // An older Kivo's store: no summaries at all.
-        [](SQLite::Database& db) {
-            for (const char* table : summaryTables) {
-                db.exec(std::string("DROP TABLE ") + table);
-            }
-            db.exec("DELETE FROM KivoMeta WHERE key <> 'schemaVersion'");
-        },
+        {[](SQLite::Database& db) {
+             for (const char* table : summaryTables) {
+                 db.exec(std::string("DROP TABLE ") + table);
+             }
+             db.exec("DELETE FROM KivoMeta WHERE key <> 'schemaVersion'");
+         },
+         true},
         // A tool that dropped one trigger and then changed totals.
-        [](SQLite::Database& db) {
-            db.exec("DROP TRIGGER AppUsageSummary_updateDuration");
-            db.exec("UPDATE AppUsage SET duration = duration * 2");
-        },
+        {[](SQLite::Database& db) {
+             db.exec("DROP TRIGGER AppUsageSummary_updateDuration");
+             db.exec("UPDATE AppUsage SET duration = duration * 2");
+         },
+         true},
         // Summaries by other rules.
-        [](SQLite::Database& db) {
-            db.exec("UPDATE KivoMeta SET value = 'other' WHERE key = 'usageSummaryVersion'");
-        },
+        {[](SQLite::Database& db) {
+             db.exec("UPDATE KivoMeta SET value = 'other' WHERE key = 'usageSummaryVersion'");
+         },
+         true},
+        // A tool that replaces totals: the old ones go without their delete triggers.
+        {[](SQLite::Database& db) {
+             const std::string columns = "projectId, filterId, createdAt, updatedAt, isDeleted";
+             db.exec("INSERT OR REPLACE INTO TagUsage (id, duration, " + columns +
+                     ") SELECT id, duration + 1, " + columns +
+                     " FROM TagUsage WHERE rowid % 4 = 0");
+         },
+         false},
     };
     for (std::size_t i = 0; i < staleness.size(); ++i) {
         SCOPED_TRACE(i);
+        const auto& [makeStale, isSeenReadOnly] = staleness[i];
         {
             SQLite::Database database(home.storePath().toStdString(), SQLite::OPEN_READWRITE);
-            staleness[i](database);
+            makeStale(database);
         }
-        const auto readOnly = RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly);
-        EXPECT_FALSE(readOnly->hasUsageSummaries());
-        const auto direct = groupsRead(*readOnly);
-        if (i != 1) {  // the only one that changed totals
-            EXPECT_EQ(direct, before);
-        }
-        {
-            auto store = home.openStore();
-            EXPECT_TRUE(store->hasUsageSummaries());
-            EXPECT_EQ(groupsRead(*store), direct);
-        }
+        EXPECT_EQ(
+            RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly)->hasUsageSummaries(),
+            !isSeenReadOnly);
+        EXPECT_TRUE(home.openStore()->hasUsageSummaries());
         EXPECT_TRUE(
             RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly)->hasUsageSummaries());
         SQLite::Database database(home.storePath().toStdString(), SQLite::OPEN_READWRITE);
-        EXPECT_EQ(summaries(database), rebuilt(database));
-        before = direct;
+        const Snapshot kept = summaries(database);
+        EXPECT_GT(kept.size(), 100u);
+        EXPECT_EQ(kept, rebuilt(database));
     }
 }
 
