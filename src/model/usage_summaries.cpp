@@ -14,7 +14,7 @@ namespace {
 // Changing the stretches or the triggers' rules changes this text, so that stores summarised by
 // other rules are summarised anew on open.
 constexpr const char* versionKey = "usageSummaryVersion";
-constexpr const char* version = "1;32,4";
+constexpr const char* version = "1;128,32,4";
 
 struct SummarisedKind {
     const char* kind;

@@ -17,8 +17,9 @@ namespace kivo::usage_summaries {
 // The stretches, in days, coarsest first. A stretch number k of `days` covers the creation moments
 // [k × days × 86400, (k + 1) × days × 86400) in seconds since the epoch: in UTC, so that sums do
 // not depend on the time zone of whoever wrote them.
-inline constexpr int stretchDays[] = {32, 4};
-static_assert(stretchDays[0] % stretchDays[1] == 0, "a stretch is made of whole finer ones");
+inline constexpr int stretchDays[] = {128, 32, 4};
+static_assert(stretchDays[0] % stretchDays[1] == 0 && stretchDays[1] % stretchDays[2] == 0,
+              "a stretch is made of whole finer ones");
 
 // Whether the summaries and all their triggers are there, made by this version of the rules.
 bool areCurrent(SQLite::Database& database);
