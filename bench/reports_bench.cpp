@@ -1,7 +1,12 @@
 #include <benchmark/benchmark.h>
+#include <sys/resource.h>
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QProcess>
 #include <QTemporaryDir>
+#include <map>
 #include <memory>
 
 #include "cli/report_arguments.h"
@@ -25,18 +30,12 @@ using namespace five_year_store;
 // The store, a scratch settings file and a tree built from the records, shared by every case.
 struct Fixture {
     Fixture()
-        : store(openUpToDate()),
+        // Read as `kivo report` reads it; seeding brought it up to date.
+        : store(RecordStore::open(storePath, RecordStore::Mode::ReadOnly)),
           settings(ApplicationSettings::openFile(scratch.filePath(QStringLiteral("Kivo.conf")))),
           clock(momentOf(lastDay, 12 * 3600)),
           tree(*store, *settings, clock) {
         tree.buildTreeFromRecords();
-    }
-
-    // A store cached by an older build gets this build's indexes, as the tracker's start gives
-    // them; then it is read as `kivo report` reads it.
-    static std::unique_ptr<RecordStore> openUpToDate() {
-        RecordStore::open(storePath);
-        return RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
     }
 
     QTemporaryDir scratch;
@@ -144,6 +143,84 @@ void projectChart(benchmark::State& state) {
     }
 }
 BENCHMARK(projectChart)->ArgName("days")->Arg(7)->Arg(30)->Unit(benchmark::kMillisecond);
+
+// A year's four usage reports and tree durations (five computations per iteration) on stores of
+// one, three and five years of totals: the cost should follow the groups and days of the year, not
+// the totals stored around it.
+void yearOnStoreOfYears(benchmark::State& state) {
+    struct Growth {
+        explicit Growth(int years)
+            : path((seedTotalsStoreIfMissing(years), totalsStorePath(years))),
+              store(
+                  (RecordStore::open(path), RecordStore::open(path, RecordStore::Mode::ReadOnly))),
+              settings(ApplicationSettings::openFile(scratch.filePath(u"Kivo.conf"_qs))),
+              clock(momentOf(lastDay, 12 * 3600)),
+              tree(*store, *settings, clock) {
+            tree.buildTreeFromRecords();
+        }
+        QString path;
+        QTemporaryDir scratch;
+        std::unique_ptr<RecordStore> store;
+        std::unique_ptr<ApplicationSettings> settings;
+        test::ManualClock clock;
+        ProjectTreeViewModel tree;
+    };
+    static std::map<std::int64_t, std::unique_ptr<Growth>> stores;
+    auto& g = stores[state.range(0)];
+    if (!g) {
+        g = std::make_unique<Growth>(static_cast<int>(state.range(0)));
+    }
+    const QDate first = lastDay.addDays(-364);
+    for (auto _ : state) {
+        g->tree.recomputeTreeDurations(first, lastDay);
+        const auto selection = g->tree.reportSelection();
+        benchmark::DoNotOptimize(
+            computeApplicationReport(*g->store, selection, first, lastDay).durationTotal);
+        benchmark::DoNotOptimize(
+            computeWebsiteReport(*g->store, selection, first, lastDay).durationTotal);
+        benchmark::DoNotOptimize(
+            computeFilterReport(*g->store, selection, first, lastDay).durationTotal);
+        benchmark::DoNotOptimize(
+            computeProjectReport(*g->store, selection, first, lastDay).durationTotal);
+    }
+}
+BENCHMARK(yearOnStoreOfYears)
+    ->ArgName("years")
+    ->Arg(1)
+    ->Arg(3)
+    ->Arg(5)
+    ->Unit(benchmark::kMillisecond);
+
+// The whole `kivo report --json` for a year as a user runs it, process start included: wall time
+// per run and the largest resident set of any run.
+void reportProcessForAYear(benchmark::State& state) {
+    QTemporaryDir home;
+    QDir().mkpath(home.filePath(u"data/Kivo"_qs));
+    QFile::link(storePath, home.filePath(u"data/Kivo/kivo.sqlite"_qs));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"XDG_DATA_HOME"_qs, home.filePath(u"data"_qs));
+    environment.insert(u"XDG_CONFIG_HOME"_qs, home.filePath(u"config"_qs));
+    const QStringList arguments{u"report"_qs, u"--json"_qs,
+                                u"--from"_qs, lastDay.addDays(-364).toString(Qt::ISODate),
+                                u"--to"_qs,   lastDay.toString(Qt::ISODate)};
+    for (auto _ : state) {
+        QProcess report;
+        report.setProcessEnvironment(environment);
+        QElapsedTimer timer;
+        timer.start();
+        report.start(QStringLiteral(KIVO_EXECUTABLE), arguments);
+        if (!report.waitForFinished(60'000) || report.exitCode() != 0) {
+            state.SkipWithError("kivo report failed");
+            return;
+        }
+        state.SetIterationTime(static_cast<double>(timer.nsecsElapsed()) / 1e9);
+        benchmark::DoNotOptimize(report.readAllStandardOutput().size());
+    }
+    rusage children{};
+    getrusage(RUSAGE_CHILDREN, &children);
+    state.counters["peak_rss_MB"] = static_cast<double>(children.ru_maxrss) / 1024.0;
+}
+BENCHMARK(reportProcessForAYear)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 
 // With KIVO_REPORTS_JSON_DIR set, writes the JSON of a day, a month and a year there, so that two
 // builds can be compared on the same store.
