@@ -332,7 +332,7 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             // A store from an older Kivo, or one whose summaries another tool dropped, is
             // summarised once here; from then on the triggers keep it so.
             if (!usage_summaries::areCurrent(*database) ||
-                !usage_summaries::agreeWithTheRecords(*database)) {
+                !usage_summaries::countEveryRow(*database)) {
                 usage_summaries::rebuild(*database);
             }
             transaction.commit();
@@ -346,7 +346,8 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             throw StoreError("the store lacks its tables " + joined(missing, ", "));
         }
         const bool hasUsageSummaries =
-            mode == Mode::ReadWrite || (missing.empty() && usage_summaries::areCurrent(*database));
+            mode == Mode::ReadWrite || (missing.empty() && usage_summaries::areCurrent(*database) &&
+                                        usage_summaries::countEveryRow(*database));
         return std::unique_ptr<RecordStore>(
             new RecordStore(std::move(database), hasUsageSummaries));
     } catch (const SQLite::Exception& error) {

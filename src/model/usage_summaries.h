@@ -24,10 +24,9 @@ static_assert(stretchDays[0] % stretchDays[1] == 0 && stretchDays[1] % stretchDa
 // Whether the summaries and all their triggers are there, made by this version of the rules.
 bool areCurrent(SQLite::Database& database);
 
-// Whether they also hold as many totals and seconds as the records do. A tool that replaces a
-// total (INSERT OR REPLACE) deletes the old one without its triggers, and this tells; it reads
-// every total, so it runs where the store is opened for writing, once per start.
-bool agreeWithTheRecords(SQLite::Database& database);
+// Whether they have counted every row of the totals' tables, as the triggers do. A tool that
+// replaces a total (INSERT OR REPLACE) deletes the old one without its triggers, and this tells.
+bool countEveryRow(SQLite::Database& database);
 
 // Drops whatever summaries there are, makes them anew from the records and installs the triggers.
 // Runs inside the caller's transaction.
