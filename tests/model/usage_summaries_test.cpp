@@ -3,7 +3,6 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <algorithm>
 #include <functional>
 #include <iterator>
@@ -86,87 +85,53 @@ Snapshot rebuilt(SQLite::Database& database) {
     return summaries(database);  // rolled back with the transaction
 }
 
-// Totals over four months, written the way the recorder writes them and edited the ways the
-// activity list and other tools edit them.
+// Totals over four months, at stretch edges, sharing moments, deleted, then changed the ways the
+// activity list and other tools change them.
 class RandomTotals {
 public:
-    explicit RandomTotals(unsigned seed) : random_(seed) {
-        for (int i = 0; i < 6; ++i) {
-            filters_.push_back(QUuid::createUuid());
-        }
-    }
+    explicit RandomTotals(unsigned seed) : random_(seed) {}
 
     std::size_t pick(std::size_t count) {
         return std::uniform_int_distribution<std::size_t>(0, count - 1)(random_);
     }
-
     Instant moment() {
-        // Stretch edges, shared moments and moments inside stretches.
-        const double start = 20'000 * day;
-        switch (pick(4)) {
-            case 0:
-                return fromEpochSeconds(start + static_cast<double>(pick(30)) * 4 * day);
-            case 1:
-                return fromEpochSeconds(start + static_cast<double>(pick(30)) * 4 * day - 0.5);
-            default:
-                return fromEpochSeconds(start + static_cast<double>(pick(120 * 24)) * 3600);
-        }
+        const double edge = 20'000 * day + static_cast<double>(pick(30)) * 4 * day;
+        const double hour = static_cast<double>(pick(120 * 24)) * 3600;
+        return fromEpochSeconds(pick(3) == 0 ? edge - 0.5 * static_cast<double>(pick(2))
+                                             : 20'000 * day + hour);
     }
-
-    template <class Record>
-    Record made() {
-        auto record = newRecord<Record>(moment());
-        record.filterId = filters_[pick(filters_.size())];
-        record.duration = static_cast<std::int64_t>(pick(4000));
-        record.isDeleted = pick(10) == 0;
-        return record;
-    }
+    QUuid filter() { return filters_[pick(filters_.size())]; }
 
     void insertSome(RecordStore& store, int count) {
         for (int i = 0; i < count; ++i) {
             auto tag = made<TagUsage>();
             tag.projectId = filters_[pick(2)];
-            store.insert(tag);
-            tags_.push_back(tag);
             auto app = made<AppUsage>();
             app.appBundleId = u"org.app%1"_qs.arg(pick(4));
             app.appName = app.appBundleId + u" v"_qs + QString::number(pick(3));
-            store.insert(app);
-            apps_.push_back(app);
             auto web = made<WebUsage>();
             web.domainName = u"site%1.example"_qs.arg(pick(5));
-            store.insert(web);
-            webs_.push_back(web);
+            store.insert(tags_.emplace_back(tag));
+            store.insert(apps_.emplace_back(app));
+            store.insert(webs_.emplace_back(web));
         }
     }
 
-    // Durations grow, totals are deleted and undeleted, move to other days, filters and names.
     void editSome(RecordStore& store, int count) {
         for (int i = 0; i < count; ++i) {
             auto& tag = tags_[pick(tags_.size())];
             auto& app = apps_[pick(apps_.size())];
             auto& web = webs_[pick(webs_.size())];
-            switch (pick(5)) {
-                case 0:
-                    tag.isDeleted = !tag.isDeleted;
-                    app.appName = u"renamed %1"_qs.arg(i);
-                    web.isDeleted = !web.isDeleted;
-                    break;
-                case 1:
-                    tag.createdAt = moment();
-                    app.createdAt = moment();
-                    web.filterId = filters_[pick(filters_.size())];
-                    break;
-                case 2:
-                    tag.projectId = filters_[pick(2)];
-                    app.appBundleId = u"org.app%1"_qs.arg(pick(4));
-                    web.createdAt = moment();
-                    break;
-                default:
-                    tag.duration += static_cast<std::int64_t>(pick(100));
-                    app.duration += static_cast<std::int64_t>(pick(100));
-                    web.duration = 0;
-            }
+            const std::size_t change = pick(4);
+            tag.isDeleted = change == 0 ? !tag.isDeleted : tag.isDeleted;
+            app.appName = change == 0 ? u"renamed %1"_qs.arg(i) : app.appName;
+            tag.createdAt = change == 1 ? moment() : tag.createdAt;
+            app.appBundleId = change == 1 ? u"org.app%1"_qs.arg(pick(4)) : app.appBundleId;
+            web.filterId = change == 1 ? filter() : web.filterId;
+            tag.projectId = change == 2 ? filters_[pick(2)] : tag.projectId;
+            web.createdAt = change == 2 ? moment() : web.createdAt;
+            tag.duration += change == 3 ? static_cast<std::int64_t>(pick(100)) : 0;
+            app.duration += change == 3 ? static_cast<std::int64_t>(pick(100)) : 0;
             store.update(tag);
             store.update(app);
             store.update(web);
@@ -174,8 +139,18 @@ public:
     }
 
 private:
+    template <class Record>
+    Record made() {
+        auto record = newRecord<Record>(moment());
+        record.filterId = filter();
+        record.duration = static_cast<std::int64_t>(pick(4000));
+        record.isDeleted = pick(10) == 0;
+        return record;
+    }
+
     std::mt19937 random_;
-    std::vector<QUuid> filters_;
+    std::vector<QUuid> filters_{QUuid::createUuid(), QUuid::createUuid(), QUuid::createUuid(),
+                                QUuid::createUuid(), QUuid::createUuid()};
     std::vector<TagUsage> tags_;
     std::vector<AppUsage> apps_;
     std::vector<WebUsage> webs_;
