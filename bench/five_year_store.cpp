@@ -58,7 +58,7 @@ Classification insertClassification(RecordStore& store, Instant now) {
 // and filter, as recording leaves them. An application belongs to each filter, so there are as
 // many application totals as filter totals.
 std::int64_t insertDay(RecordStore& store, const Classification& classification, QDate day,
-                       std::mt19937_64& random) {
+                       std::mt19937_64& random, bool withActivities) {
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     std::uniform_int_distribution<int> seconds(1, 120);
     std::uniform_int_distribution<int> domain(0, domainCount - 1);
@@ -87,7 +87,9 @@ std::int64_t insertDay(RecordStore& store, const Classification& classification,
             activity.url = u"https://" + activity.domainName + u"/page";
             byDomain[{site, index}] += activity.duration;
         }
-        store.insert(activity);
+        if (withActivities) {
+            store.insert(activity);
+        }
         byFilter[index] += activity.duration;
     }
     const Instant noon = momentOf(day, 12 * 3600);
@@ -115,20 +117,17 @@ std::int64_t insertDay(RecordStore& store, const Classification& classification,
     return static_cast<std::int64_t>(2 * byFilter.size() + byDomain.size());
 }
 
-}  // namespace
-
-Instant momentOf(QDate day, int secondOfDay) {
-    return fromEpochSeconds(static_cast<double>(day.startOfDay().toSecsSinceEpoch() + secondOfDay));
-}
-
-// Builds the store once; later runs reuse the file. A half-written store is never taken for a
+// Builds a store once; later runs reuse the file. A half-written store is never taken for a
 // whole one: it only gets its name when the last batch is saved.
-void seedStoreIfMissing() {
-    if (QFile::exists(storePath)) {
+void seedIfMissing(const QString& path, QDate first, bool withActivities) {
+    if (QFile::exists(path)) {
+        // A store cached by an older build gets this build's indexes and summaries now, as the
+        // tracker's start would give them, rather than inside a measurement.
+        RecordStore::open(path);
         return;
     }
     QDir().mkpath(storeFolder);
-    const QString partialPath = storePath + u".partial";
+    const QString partialPath = path + u".partial";
     for (const char* suffix : {"", "-wal", "-shm"}) {
         QFile::remove(partialPath + QLatin1StringView(suffix));
     }
@@ -138,12 +137,12 @@ void seedStoreIfMissing() {
     std::int64_t activities = 0;
     {
         auto store = RecordStore::open(partialPath);
-        const auto classification = insertClassification(*store, momentOf(firstDay, 0));
+        const auto classification = insertClassification(*store, momentOf(first, 0));
         std::mt19937_64 random(20260630);
         int daysInBatch = 0;
-        for (QDate day = firstDay; day <= lastDay; day = day.addDays(1)) {
-            totals += insertDay(*store, classification, day, random);
-            activities += activitiesPerDay;
+        for (QDate day = first; day <= lastDay; day = day.addDays(1)) {
+            totals += insertDay(*store, classification, day, random, withActivities);
+            activities += withActivities ? activitiesPerDay : 0;
             if (++daysInBatch == daysPerBatch) {
                 store->save();
                 daysInBatch = 0;
@@ -151,10 +150,28 @@ void seedStoreIfMissing() {
         }
         store->save();
     }
-    QFile::rename(partialPath, storePath);
+    QFile::rename(partialPath, path);
     std::fprintf(stderr, "seeded %lld activities and %lld daily totals in %.1f s\n",
                  static_cast<long long>(activities), static_cast<long long>(totals),
                  static_cast<double>(timer.elapsed()) / 1000.0);
+}
+
+}  // namespace
+
+Instant momentOf(QDate day, int secondOfDay) {
+    return fromEpochSeconds(static_cast<double>(day.startOfDay().toSecsSinceEpoch() + secondOfDay));
+}
+
+void seedStoreIfMissing() {
+    seedIfMissing(storePath, firstDay, true);
+}
+
+QString totalsStorePath(int years) {
+    return QStringLiteral("%1/totals-%2y.sqlite").arg(storeFolder).arg(years);
+}
+
+void seedTotalsStoreIfMissing(int years) {
+    seedIfMissing(totalsStorePath(years), lastDay.addYears(-years).addDays(1), false);
 }
 
 }  // namespace kivo::five_year_store

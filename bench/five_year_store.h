@@ -19,4 +19,9 @@ Instant momentOf(QDate day, int secondOfDay);
 // Builds the store unless a whole one is cached; a half-written one is never taken for whole.
 void seedStoreIfMissing();
 
+// The daily totals alone (the usage reports read nothing else) of the last `years` years of the
+// same tracking, to tell how a year's report grows with the data behind it. Built once, cached.
+QString totalsStorePath(int years);
+void seedTotalsStoreIfMissing(int years);
+
 }  // namespace kivo::five_year_store

@@ -1,8 +1,20 @@
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
+#include <algorithm>
+#include <cstring>
+#include <map>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "cli/report_arguments.h"
 #include "cli/report_contents.h"
@@ -25,18 +37,12 @@ using namespace five_year_store;
 // The store, a scratch settings file and a tree built from the records, shared by every case.
 struct Fixture {
     Fixture()
-        : store(openUpToDate()),
+        // Read as `kivo report` reads it; seeding brought it up to date.
+        : store(RecordStore::open(storePath, RecordStore::Mode::ReadOnly)),
           settings(ApplicationSettings::openFile(scratch.filePath(QStringLiteral("Kivo.conf")))),
           clock(momentOf(lastDay, 12 * 3600)),
           tree(*store, *settings, clock) {
         tree.buildTreeFromRecords();
-    }
-
-    // A store cached by an older build gets this build's indexes, as the tracker's start gives
-    // them; then it is read as `kivo report` reads it.
-    static std::unique_ptr<RecordStore> openUpToDate() {
-        RecordStore::open(storePath);
-        return RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
     }
 
     QTemporaryDir scratch;
@@ -144,6 +150,109 @@ void projectChart(benchmark::State& state) {
     }
 }
 BENCHMARK(projectChart)->ArgName("days")->Arg(7)->Arg(30)->Unit(benchmark::kMillisecond);
+
+// A year's four usage reports and tree durations (five computations per iteration) on stores of
+// one, three and five years of totals: the cost should follow the groups and days of the year, not
+// the totals stored around it.
+void yearOnStoreOfYears(benchmark::State& state) {
+    struct Growth {
+        explicit Growth(int years)
+            : path((seedTotalsStoreIfMissing(years), totalsStorePath(years))),
+              store(
+                  (RecordStore::open(path), RecordStore::open(path, RecordStore::Mode::ReadOnly))),
+              settings(ApplicationSettings::openFile(scratch.filePath(u"Kivo.conf"_qs))),
+              clock(momentOf(lastDay, 12 * 3600)),
+              tree(*store, *settings, clock) {
+            tree.buildTreeFromRecords();
+        }
+        QString path;
+        QTemporaryDir scratch;
+        std::unique_ptr<RecordStore> store;
+        std::unique_ptr<ApplicationSettings> settings;
+        test::ManualClock clock;
+        ProjectTreeViewModel tree;
+    };
+    static std::map<std::int64_t, std::unique_ptr<Growth>> stores;
+    auto& g = stores[state.range(0)];
+    if (!g) {
+        g = std::make_unique<Growth>(static_cast<int>(state.range(0)));
+    }
+    const QDate first = lastDay.addDays(-364);
+    for (auto _ : state) {
+        g->tree.recomputeTreeDurations(first, lastDay);
+        const auto selection = g->tree.reportSelection();
+        benchmark::DoNotOptimize(
+            computeApplicationReport(*g->store, selection, first, lastDay).durationTotal);
+        benchmark::DoNotOptimize(
+            computeWebsiteReport(*g->store, selection, first, lastDay).durationTotal);
+        benchmark::DoNotOptimize(
+            computeFilterReport(*g->store, selection, first, lastDay).durationTotal);
+        benchmark::DoNotOptimize(
+            computeProjectReport(*g->store, selection, first, lastDay).durationTotal);
+    }
+}
+BENCHMARK(yearOnStoreOfYears)
+    ->ArgName("years")
+    ->Arg(1)
+    ->Arg(3)
+    ->Arg(5)
+    ->Unit(benchmark::kMillisecond);
+
+// The whole `kivo report --json` for a year as a user runs it, process start included: wall time
+// per run and the largest resident set of any run. posix_spawn shares this process's memory until
+// the exec, so the child's peak is its own, not a copy of the benchmark's.
+void reportProcessForAYear(benchmark::State& state) {
+    QTemporaryDir home;
+    QDir().mkpath(home.filePath(u"data/Kivo"_qs));
+    QFile::link(storePath, home.filePath(u"data/Kivo/kivo.sqlite"_qs));
+    std::vector<std::string> words{KIVO_EXECUTABLE,
+                                   "report",
+                                   "--json",
+                                   "--from",
+                                   lastDay.addDays(-364).toString(Qt::ISODate).toStdString(),
+                                   "--to",
+                                   lastDay.toString(Qt::ISODate).toStdString()};
+    std::vector<std::string> variables{
+        "XDG_DATA_HOME=" + home.filePath(u"data"_qs).toStdString(),
+        "XDG_CONFIG_HOME=" + home.filePath(u"config"_qs).toStdString()};
+    for (char** variable = environ; *variable != nullptr; ++variable) {
+        if (std::strncmp(*variable, "XDG_", 4) != 0) {
+            variables.emplace_back(*variable);
+        }
+    }
+    const auto pointers = [](std::vector<std::string>& texts) {
+        std::vector<char*> list;
+        for (auto& text : texts) {
+            list.push_back(text.data());
+        }
+        list.push_back(nullptr);
+        return list;
+    };
+    auto argv = pointers(words);
+    auto envp = pointers(variables);
+    posix_spawn_file_actions_t quiet;
+    posix_spawn_file_actions_init(&quiet);
+    posix_spawn_file_actions_addopen(&quiet, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    long peakKilobytes = 0;
+    for (auto _ : state) {
+        QElapsedTimer timer;
+        timer.start();
+        pid_t child = 0;
+        int status = 0;
+        rusage usage{};
+        if (posix_spawn(&child, argv[0], &quiet, nullptr, argv.data(), envp.data()) != 0 ||
+            wait4(child, &status, 0, &usage) != child || !WIFEXITED(status) ||
+            WEXITSTATUS(status) != 0) {
+            state.SkipWithError("kivo report failed");
+            break;
+        }
+        state.SetIterationTime(static_cast<double>(timer.nsecsElapsed()) / 1e9);
+        peakKilobytes = std::max(peakKilobytes, usage.ru_maxrss);
+    }
+    posix_spawn_file_actions_destroy(&quiet);
+    state.counters["peak_rss_MB"] = static_cast<double>(peakKilobytes) / 1024.0;
+}
+BENCHMARK(reportProcessForAYear)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 
 // With KIVO_REPORTS_JSON_DIR set, writes the JSON of a day, a month and a year there, so that two
 // builds can be compared on the same store.

@@ -8,6 +8,7 @@
 
 #include "model/checked_arithmetic.h"
 #include "model/record_store.h"
+#include "model/usage_summaries.h"
 
 namespace kivo {
 
@@ -17,6 +18,36 @@ namespace {
 std::string rangeSql(const char* kind, const char* columns) {
     return "SELECT " + std::string(columns) + ", createdAt, rowid FROM " + kind +
            " WHERE isDeleted = 0 AND createdAt >= ? AND createdAt < ?";
+}
+
+// The same columns read from the records or, for whole stretches of days, from their summaries,
+// where a group's earliest total stands for the record's place.
+struct RangeReads {
+    RangeReads(const char* kind, const char* columns)
+        : records(rangeSql(kind, columns)),
+          summaries("SELECT " + std::string(columns) + ", firstCreatedAt, firstRowid FROM " +
+                    usage_summaries::tableOf(kind) +
+                    " WHERE days = ? AND stretch >= ? AND stretch <= ?") {}
+
+    std::string records;
+    std::string summaries;
+};
+
+void readRange(RecordStore& store, const RangeReads& reads, const DayRange& range,
+               const std::function<void(const RowCells&)>& onRow) {
+    if (!store.hasUsageSummaries()) {
+        store.read(reads.records, {range.begin, range.end}, onRow);
+        return;
+    }
+    for (const auto& piece :
+         usage_summaries::piecesOf(toEpochSeconds(range.begin), toEpochSeconds(range.end))) {
+        if (piece.days == 0) {
+            store.read(reads.records, {piece.begin, piece.end}, onRow);
+        } else {
+            store.read(reads.summaries,
+                       {std::int64_t{piece.days}, piece.firstStretch, piece.lastStretch}, onRow);
+        }
+    }
 }
 
 QString utf8(std::string_view text) {
@@ -66,7 +97,7 @@ private:
 // then come the position columns. `make` starts a group from its first row, `rename` takes the
 // names of a row that comes earlier in store order.
 template <class Group, class Make, class Rename>
-std::vector<Group> groupsOf(RecordStore& store, const std::string& sql, const DayRange& range,
+std::vector<Group> groupsOf(RecordStore& store, const RangeReads& reads, const DayRange& range,
                             const QSet<QUuid>& countedFilters, int positionColumn, Make make,
                             Rename rename) {
     TextNumbers filters;
@@ -74,7 +105,7 @@ std::vector<Group> groupsOf(RecordStore& store, const std::string& sql, const Da
     TextNumbers keys;
     std::unordered_map<std::uint64_t, std::size_t> groupOfPair;
     std::vector<Group> groups;
-    store.read(sql, {range.begin, range.end}, [&](const RowCells& row) {
+    readRange(store, reads, range, [&](const RowCells& row) {
         const std::uint32_t filter = filters.numberOf(row.text(0));
         if (filter == isFilterCounted.size()) {
             isFilterCounted.push_back(countedFilters.contains(uuidOf(filters.text(filter))));
@@ -126,9 +157,9 @@ void putInStoreOrder(std::vector<Raw>& rows) {
 
 std::vector<AppUsageGroup> appUsageGroups(RecordStore& store, const DayRange& range,
                                           const QSet<QUuid>& countedFilters) {
-    static const std::string sql = rangeSql("AppUsage", "filterId, appBundleId, duration, appName");
+    static const RangeReads reads("AppUsage", "filterId, appBundleId, duration, appName");
     return groupsOf<AppUsageGroup>(
-        store, sql, range, countedFilters, 4,
+        store, reads, range, countedFilters, 4,
         [](const QUuid& filterId, std::string_view bundleId, const RowCells& row) {
             return AppUsageGroup{filterId, utf8(bundleId), utf8(row.text(3)), 0, {}};
         },
@@ -137,9 +168,9 @@ std::vector<AppUsageGroup> appUsageGroups(RecordStore& store, const DayRange& ra
 
 std::vector<WebUsageGroup> webUsageGroups(RecordStore& store, const DayRange& range,
                                           const QSet<QUuid>& countedFilters) {
-    static const std::string sql = rangeSql("WebUsage", "filterId, domainName, duration");
+    static const RangeReads reads("WebUsage", "filterId, domainName, duration");
     return groupsOf<WebUsageGroup>(
-        store, sql, range, countedFilters, 3,
+        store, reads, range, countedFilters, 3,
         [](const QUuid& filterId, std::string_view domainName, const RowCells&) {
             return WebUsageGroup{filterId, utf8(domainName), 0, {}};
         },
@@ -148,9 +179,9 @@ std::vector<WebUsageGroup> webUsageGroups(RecordStore& store, const DayRange& ra
 
 std::vector<TagUsageGroup> tagUsageGroups(RecordStore& store, const DayRange& range,
                                           const QSet<QUuid>& countedFilters) {
-    static const std::string sql = rangeSql("TagUsage", "filterId, projectId, duration");
+    static const RangeReads reads("TagUsage", "filterId, projectId, duration");
     return groupsOf<TagUsageGroup>(
-        store, sql, range, countedFilters, 3,
+        store, reads, range, countedFilters, 3,
         [](const QUuid& filterId, std::string_view projectId, const RowCells&) {
             return TagUsageGroup{filterId, uuidOf(projectId), 0, {}};
         },

@@ -13,6 +13,8 @@
 #include <array>
 #include <cstring>
 
+#include "model/usage_summaries.h"
+
 namespace kivo {
 
 namespace {
@@ -327,6 +329,12 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             for (const char* index : indexDefinitions) {
                 database->exec(index);
             }
+            // A store from an older Kivo, or one whose summaries another tool dropped, is
+            // summarised once here; from then on the triggers keep it so.
+            if (!usage_summaries::areCurrent(*database) ||
+                !usage_summaries::countEveryRow(*database)) {
+                usage_summaries::rebuild(*database);
+            }
             transaction.commit();
         } else if (missing.size() == schemas().size()) {
             // A store the tracker has not filled yet reads as one without records.
@@ -337,7 +345,11 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             // Some kinds without the others would make totals point at rules that are not there.
             throw StoreError("the store lacks its tables " + joined(missing, ", "));
         }
-        return std::unique_ptr<RecordStore>(new RecordStore(std::move(database)));
+        const bool hasUsageSummaries =
+            mode == Mode::ReadWrite || (missing.empty() && usage_summaries::areCurrent(*database) &&
+                                        usage_summaries::countEveryRow(*database));
+        return std::unique_ptr<RecordStore>(
+            new RecordStore(std::move(database), hasUsageSummaries));
     } catch (const SQLite::Exception& error) {
         throw StoreError(error.what());
     }
@@ -351,8 +363,8 @@ void RecordStore::setBusyTimeout(std::chrono::milliseconds timeout) {
     }
 }
 
-RecordStore::RecordStore(std::unique_ptr<SQLite::Database> database)
-    : database_(std::move(database)) {}
+RecordStore::RecordStore(std::unique_ptr<SQLite::Database> database, bool hasUsageSummaries)
+    : database_(std::move(database)), hasUsageSummaries_(hasUsageSummaries) {}
 
 RecordStore::~RecordStore() {
     // Statements must go before the connection that prepared them.

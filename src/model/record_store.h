@@ -134,8 +134,12 @@ public:
     void rollback();
     bool hasChanges() const { return inBatch_; }
 
+    // Whether the daily totals' summaries agree with the records, so that reads may use them. A
+    // writable store is brought up to date on open; a read-only one that is not is read directly.
+    bool hasUsageSummaries() const { return hasUsageSummaries_; }
+
 private:
-    explicit RecordStore(std::unique_ptr<SQLite::Database> database);
+    RecordStore(std::unique_ptr<SQLite::Database> database, bool hasUsageSummaries);
 
     template <class Record>
     static std::vector<SqlValue> valuesOf(const Record& record) {
@@ -168,6 +172,7 @@ private:
     };
     std::vector<std::pair<std::string, std::unique_ptr<sqlite3_stmt, Finalizer>>> reads_;
     bool inBatch_ = false;
+    bool hasUsageSummaries_ = false;
 };
 
 }  // namespace kivo

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QSet>
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <random>
 
@@ -120,7 +121,8 @@ UsageReport<Row> referenceReport(const std::vector<Record>& records,
 // shared by many totals, totals dated earlier than totals inserted before them, deleted ones,
 // zero durations, and the first and last moments of days.
 struct RandomStore {
-    explicit RandomStore(unsigned seed) : random(seed) {
+    explicit RandomStore(unsigned seed, int spanDays = dayCount)
+        : random(seed), spanDays(spanDays) {
         auto& r = h.records;
         const Project garden = r.project(u"Garden"_qs);
         const Project gone = r.project(u"Gone"_qs);
@@ -142,17 +144,54 @@ struct RandomStore {
         h.buildTree();
     }
 
+    // Later changes to the totals: grown, deleted and undeleted, moved to other days and renamed.
+    void editSome(int count) {
+        for (int i = 0; i < count; ++i) {
+            auto& tag = tags[pick(tags.size())];
+            auto& app = apps[pick(apps.size())];
+            auto& web = webs[pick(webs.size())];
+            switch (pick(4)) {
+                case 0:
+                    tag.isDeleted = !tag.isDeleted;
+                    app.appName = u"renamed %1"_qs.arg(i);
+                    web.isDeleted = !web.isDeleted;
+                    break;
+                case 1:
+                    tag.createdAt = moment();
+                    app.createdAt = moment();
+                    web.createdAt = moment();
+                    break;
+                default:
+                    tag.duration += static_cast<std::int64_t>(pick(600));
+                    app.duration += static_cast<std::int64_t>(pick(600));
+                    web.duration += static_cast<std::int64_t>(pick(600));
+            }
+            h.store->update(tag);
+            h.store->update(app);
+            h.store->update(web);
+        }
+        h.store->save();
+    }
+
     std::size_t pick(std::size_t count) {
         return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);
     }
 
     Instant moment() {
-        const QDate day = firstDay.addDays(static_cast<qint64>(pick(dayCount)));
-        switch (pick(6)) {
+        const QDate day = firstDay.addDays(static_cast<qint64>(pick(spanDays)));
+        // Where summarised stretches of days meet: UTC midnights every fourth day.
+        constexpr double stretch = 4 * 86400.0;
+        const double stretchEdge =
+            std::ceil(toEpochSeconds(localDay(day).begin) / stretch) * stretch;
+        switch (pick(8)) {
             case 0:
                 return localDay(day).begin;
             case 1:
                 return fromEpochSeconds(toEpochSeconds(localDay(day).end) - 0.5);
+            case 2:
+                return fromEpochSeconds(stretchEdge);
+            case 3:
+                return fromEpochSeconds(stretchEdge - 0.5);
             default:
                 return localMoment(day, static_cast<int>(pick(4)) * 6,
                                    static_cast<int>(pick(2)) * 30);
@@ -175,19 +214,26 @@ struct RandomStore {
             auto tag = made<TagUsage>(filter);
             tag.projectId = pick(8) == 0 ? h.s.home.id : filter.projectId;
             h.store->insert(tag);
+            tags.push_back(tag);
         }
         auto app = made<AppUsage>(filter);
         app.appBundleId = u"org.app%1"_qs.arg(pick(12));
         app.appName = app.appBundleId + u" v"_qs + QString::number(pick(3));
         h.store->insert(app);
+        apps.push_back(app);
         auto web = made<WebUsage>(filter);
         web.domainName = u"site%1.example"_qs.arg(pick(40));
         h.store->insert(web);
+        webs.push_back(web);
     }
 
     test::TreeHarness h{"Europe/Berlin", lastDay};
     std::mt19937 random;
+    int spanDays;
     std::vector<Filter> filters;
+    std::vector<TagUsage> tags;
+    std::vector<AppUsage> apps;
+    std::vector<WebUsage> webs;
 };
 
 // The selections the sidebar can make, applied in turn to the same tree.
@@ -219,84 +265,105 @@ const std::vector<std::pair<QDate, QDate>> ranges{
     {QDate(2026, 3, 1), QDate(2026, 3, 2)},  // nothing recorded
 };
 
+// Every report of every range under every selection, against the plain reading of the rules.
+void expectReportsMatchTheRecords(RandomStore& r, unsigned seed,
+                                  const std::vector<std::pair<QDate, QDate>>& ranges) {
+    auto& h = r.h;
+    for (const auto& select : selections()) {
+        select(h);
+        const ReportSelection s = h.tree.reportSelection();
+        for (const auto& [from, to] : ranges) {
+            SCOPED_TRACE(u"seed %1, %2 to %3"_qs.arg(seed)
+                             .arg(from.toString(), to.toString())
+                             .toStdString());
+            EXPECT_EQ(
+                shown(computeApplicationReport(*h.store, s, from, to)),
+                shown(referenceReport(
+                    storeOrder<AppUsage>(*h.store, from, to), s,
+                    [](const AppUsage& u) { return u.appBundleId; },
+                    [](const AppUsage& u) {
+                        return AppDisplayItem{{}, u.duration, u.appName, u.appBundleId, u.filterId};
+                    },
+                    AppDisplayItem{{}, 0, misc(), {}, {}})));
+            EXPECT_EQ(shown(computeWebsiteReport(*h.store, s, from, to)),
+                      shown(referenceReport(
+                          storeOrder<WebUsage>(*h.store, from, to), s,
+                          [](const WebUsage& u) { return u.domainName; },
+                          [](const WebUsage& u) {
+                              return WebDisplayItem{{}, u.domainName, u.duration};
+                          },
+                          WebDisplayItem{{}, misc(), 0})));
+            const auto tags = storeOrder<TagUsage>(*h.store, from, to);
+            const auto tagRows = shown(referenceReport(
+                tags, s, [](const TagUsage& u) { return u.filterId; },
+                [&s](const TagUsage& u) {
+                    return TagDisplayItem{{},
+                                          u.duration,
+                                          s.projectNames[u.projectId],
+                                          s.tagNames[u.filterId],
+                                          u.filterId};
+                },
+                TagDisplayItem{{}, 0, misc(), misc(), {}}));
+            const auto projectRows = shown(referenceReport(
+                tags, s, [](const TagUsage& u) { return u.projectId; },
+                [&s](const TagUsage& u) {
+                    return ProjectDisplayItem{
+                        {}, u.duration, s.projectNames[u.projectId], u.projectId};
+                },
+                ProjectDisplayItem{{}, 0, misc(), {}}));
+            // Read on their own, and from one read shared with the tree and the day scores.
+            const TagUsageDays days = tagUsageDays(*h.store, from, to);
+            EXPECT_EQ(shown(computeFilterReport(*h.store, s, from, to)), tagRows);
+            EXPECT_EQ(shown(computeFilterReportOf(days, s)), tagRows);
+            EXPECT_EQ(shown(computeProjectReport(*h.store, s, from, to)), projectRows);
+            EXPECT_EQ(shown(computeProjectReportOf(days, s)), projectRows);
+
+            // The tree: each filter's own records, whatever their project.
+            QHash<QUuid, std::int64_t> byFilter;
+            for (const auto& usage : tags) {
+                byFilter[usage.filterId] += usage.duration;
+            }
+            const auto expectTreeDurations = [&] {
+                std::int64_t total = 0;
+                for (const auto& project : h.tree.projects()) {
+                    std::int64_t sum = 0;
+                    for (const auto& filter : project.filters) {
+                        EXPECT_EQ(filter.duration, byFilter.value(filter.id));
+                        sum += filter.duration;
+                    }
+                    EXPECT_EQ(project.duration, sum);
+                    total += h.tree.isShowArchivedProject() || !project.isArchived ? sum : 0;
+                }
+                EXPECT_EQ(h.tree.durationTotal(), total);
+            };
+            // The shared read first, so that it starts from the previous range's figures.
+            h.tree.recomputeTreeDurations(from, to, days);
+            expectTreeDurations();
+            h.tree.recomputeTreeDurations(from, to);
+            expectTreeDurations();
+        }
+    }
+}
+
 TEST(ReportsAgainstTheRecords, UsageReportsMatchOverRandomStores) {
     for (unsigned seed : {1u, 2u, 3u}) {
         RandomStore r(seed);
-        auto& h = r.h;
-        for (const auto& select : selections()) {
-            select(h);
-            const ReportSelection s = h.tree.reportSelection();
-            for (const auto& [from, to] : ranges) {
-                SCOPED_TRACE(u"seed %1, %2 to %3"_qs.arg(seed)
-                                 .arg(from.toString(), to.toString())
-                                 .toStdString());
-                EXPECT_EQ(shown(computeApplicationReport(*h.store, s, from, to)),
-                          shown(referenceReport(
-                              storeOrder<AppUsage>(*h.store, from, to), s,
-                              [](const AppUsage& u) { return u.appBundleId; },
-                              [](const AppUsage& u) {
-                                  return AppDisplayItem{
-                                      {}, u.duration, u.appName, u.appBundleId, u.filterId};
-                              },
-                              AppDisplayItem{{}, 0, misc(), {}, {}})));
-                EXPECT_EQ(shown(computeWebsiteReport(*h.store, s, from, to)),
-                          shown(referenceReport(
-                              storeOrder<WebUsage>(*h.store, from, to), s,
-                              [](const WebUsage& u) { return u.domainName; },
-                              [](const WebUsage& u) {
-                                  return WebDisplayItem{{}, u.domainName, u.duration};
-                              },
-                              WebDisplayItem{{}, misc(), 0})));
-                const auto tags = storeOrder<TagUsage>(*h.store, from, to);
-                const auto tagRows = shown(referenceReport(
-                    tags, s, [](const TagUsage& u) { return u.filterId; },
-                    [&s](const TagUsage& u) {
-                        return TagDisplayItem{{},
-                                              u.duration,
-                                              s.projectNames[u.projectId],
-                                              s.tagNames[u.filterId],
-                                              u.filterId};
-                    },
-                    TagDisplayItem{{}, 0, misc(), misc(), {}}));
-                const auto projectRows = shown(referenceReport(
-                    tags, s, [](const TagUsage& u) { return u.projectId; },
-                    [&s](const TagUsage& u) {
-                        return ProjectDisplayItem{
-                            {}, u.duration, s.projectNames[u.projectId], u.projectId};
-                    },
-                    ProjectDisplayItem{{}, 0, misc(), {}}));
-                // Read on their own, and from one read shared with the tree and the day scores.
-                const TagUsageDays days = tagUsageDays(*h.store, from, to);
-                EXPECT_EQ(shown(computeFilterReport(*h.store, s, from, to)), tagRows);
-                EXPECT_EQ(shown(computeFilterReportOf(days, s)), tagRows);
-                EXPECT_EQ(shown(computeProjectReport(*h.store, s, from, to)), projectRows);
-                EXPECT_EQ(shown(computeProjectReportOf(days, s)), projectRows);
+        expectReportsMatchTheRecords(r, seed, ranges);
+    }
+}
 
-                // The tree: each filter's own records, whatever their project.
-                QHash<QUuid, std::int64_t> byFilter;
-                for (const auto& usage : tags) {
-                    byFilter[usage.filterId] += usage.duration;
-                }
-                const auto expectTreeDurations = [&] {
-                    std::int64_t total = 0;
-                    for (const auto& project : h.tree.projects()) {
-                        std::int64_t sum = 0;
-                        for (const auto& filter : project.filters) {
-                            EXPECT_EQ(filter.duration, byFilter.value(filter.id));
-                            sum += filter.duration;
-                        }
-                        EXPECT_EQ(project.duration, sum);
-                        total += h.tree.isShowArchivedProject() || !project.isArchived ? sum : 0;
-                    }
-                    EXPECT_EQ(h.tree.durationTotal(), total);
-                };
-                // The shared read first, so that it starts from the previous range's figures.
-                h.tree.recomputeTreeDurations(from, to, days);
-                expectTreeDurations();
-                h.tree.recomputeTreeDurations(from, to);
-                expectTreeDurations();
-            }
-        }
+// Months of totals, changed after they were written: long ranges read whole stretches of days
+// from the summaries and only their edges from the totals themselves.
+TEST(ReportsAgainstTheRecords, UsageReportsMatchOverMonthsOfChangedTotals) {
+    const std::vector<std::pair<QDate, QDate>> longRanges{
+        {firstDay, firstDay.addDays(119)},
+        {firstDay.addDays(3), firstDay.addDays(77)},
+        {firstDay.addDays(40), firstDay.addDays(40)},
+    };
+    for (unsigned seed : {6u, 7u}) {
+        RandomStore r(seed, 120);
+        r.editSome(150);
+        expectReportsMatchTheRecords(r, seed, longRanges);
     }
 }
 

@@ -1,0 +1,325 @@
+#include "model/usage_summaries.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <string_view>
+
+namespace kivo::usage_summaries {
+
+namespace {
+
+// Changing the stretches or the triggers' rules changes this text, so that stores summarised by
+// other rules are summarised anew on open.
+constexpr const char* versionKey = "usageSummaryVersion";
+constexpr const char* version = "2;128,32,4";
+
+struct SummarisedKind {
+    const char* kind;
+    const char* key;   // grouped with filterId
+    const char* name;  // taken from a group's earliest total; empty when the kind has none
+};
+
+constexpr SummarisedKind kinds[] = {
+    {"TagUsage", "projectId", ""},
+    {"AppUsage", "appBundleId", "appName"},
+    {"WebUsage", "domainName", ""},
+};
+
+constexpr const char* triggerEvents[] = {"insert", "delete", "update", "updateDuration"};
+
+constexpr std::int64_t secondsPerDay = 86400;
+
+std::string text(std::int64_t number) {
+    return std::to_string(number);
+}
+
+bool hasName(const SummarisedKind& kind) {
+    return std::string_view(kind.name).size() > 0;
+}
+
+// Which totals a summary holds: the live ones whose creation moment is a number from the epoch
+// on. The others are never in a range of days.
+std::string isSummarised(const std::string& row) {
+    return row + ".isDeleted = 0 AND typeof(" + row + ".createdAt) IN ('integer', 'real') AND " +
+           row + ".createdAt >= 0";
+}
+
+std::string stretchOf(const std::string& row, int days) {
+    return "CAST(" + row + ".createdAt AS INTEGER) / " + text(days * secondsPerDay);
+}
+
+// The summary row of `row`'s group in its stretch of `days`.
+std::string groupOf(const SummarisedKind& kind, const std::string& row, int days) {
+    return "days = " + text(days) + " AND stretch = " + stretchOf(row, days) +
+           " AND filterId = " + row + ".filterId AND " + kind.key + " = " + row + "." + kind.key;
+}
+
+std::string addTotal(const SummarisedKind& kind, const std::string& row, int days) {
+    const std::string table = tableOf(kind.kind);
+    const std::string name = hasName(kind) ? std::string(", ") + kind.name : "";
+    const std::string rowName = hasName(kind) ? ", " + row + "." + kind.name : "";
+    const std::string isEarlier = "(" + row + ".createdAt < firstCreatedAt OR (" + row +
+                                  ".createdAt = firstCreatedAt AND " + row +
+                                  ".rowid < firstRowid))";
+    std::string sql = "INSERT OR IGNORE INTO " + table + " (days, stretch, filterId, " + kind.key +
+                      ", duration, members, firstCreatedAt, firstRowid" + name + ") SELECT " +
+                      text(days) + ", " + stretchOf(row, days) + ", " + row + ".filterId, " + row +
+                      "." + kind.key + ", 0, 0, " + row + ".createdAt, " + row + ".rowid" +
+                      rowName + " WHERE " + isSummarised(row) + "; ";
+    sql += "UPDATE " + table + " SET duration = duration + CAST(" + row +
+           ".duration AS INTEGER), members = members + 1, firstCreatedAt = CASE WHEN " + isEarlier +
+           " THEN " + row + ".createdAt ELSE firstCreatedAt END, firstRowid = CASE WHEN " +
+           isEarlier + " THEN " + row + ".rowid ELSE firstRowid END";
+    if (hasName(kind)) {
+        // The earliest total names the group, also when its own name changes.
+        sql += std::string(", ") + kind.name + " = CASE WHEN " + isEarlier + " OR " + row +
+               ".rowid = firstRowid THEN " + row + "." + kind.name + " ELSE " + kind.name + " END";
+    }
+    sql += " WHERE " + groupOf(kind, row, days) + " AND " + isSummarised(row) + "; ";
+    return sql;
+}
+
+std::string removeTotal(const SummarisedKind& kind, const std::string& row, int days) {
+    const std::string table = tableOf(kind.kind);
+    const std::string where = " WHERE " + groupOf(kind, row, days) + " AND " + isSummarised(row);
+    std::string sql = "UPDATE " + table + " SET duration = duration - CAST(" + row +
+                      ".duration AS INTEGER), members = members - 1" + where + "; ";
+    sql += "DELETE FROM " + table + where + " AND members <= 0; ";
+    // The group's earliest total left: its next one in store order takes over.
+    const std::string span = text(days * secondsPerDay);
+    const std::string name = hasName(kind) ? std::string(", ") + kind.name : "";
+    sql += "UPDATE " + table + " SET (firstCreatedAt, firstRowid" + name +
+           ") = (SELECT r.createdAt, r.rowid" +
+           (hasName(kind) ? ", r." + std::string(kind.name) : "") + " FROM " + kind.kind +
+           " AS r WHERE " + isSummarised("r") + " AND r.createdAt >= " + table + ".stretch * " +
+           span + " AND r.createdAt < (" + table + ".stretch + 1) * " + span +
+           " AND r.filterId = " + table + ".filterId AND r." + kind.key + " = " + table + "." +
+           kind.key + " ORDER BY r.createdAt, r.rowid LIMIT 1)" + where +
+           " AND firstRowid = " + row + ".rowid; ";
+    return sql;
+}
+
+std::string forEachStretch(const SummarisedKind& kind, const std::string& row,
+                           std::string (*statements)(const SummarisedKind&, const std::string&,
+                                                     int)) {
+    std::string sql;
+    for (int days : stretchDays) {
+        sql += statements(kind, row, days);
+    }
+    return sql;
+}
+
+// Row 0 of a summary counts every row of its kind's table. A tool that replaces a total
+// (INSERT OR REPLACE) deletes the old one without its delete trigger, which leaves this count one
+// too high: comparing it with the table's own count tells, and costs next to nothing.
+constexpr const char* rowCountDays = "0";
+
+std::string countRows(const SummarisedKind& kind, const char* sign) {
+    return "UPDATE " + tableOf(kind.kind) + " SET members = members " + sign +
+           " 1 WHERE days = " + rowCountDays + "; ";
+}
+
+std::string triggerName(const SummarisedKind& kind, const char* event) {
+    return tableOf(kind.kind) + "_" + event;
+}
+
+std::vector<std::string> triggerDefinitions(const SummarisedKind& kind) {
+    // Recording only ever changes a total's duration; that alone moves no group's earliest total.
+    std::string unchangedGroup =
+        "old.rowid = new.rowid AND old.isDeleted IS new.isDeleted AND "
+        "old.createdAt IS new.createdAt AND old.filterId IS new.filterId "
+        "AND old." +
+        std::string(kind.key) + " IS new." + kind.key;
+    if (hasName(kind)) {
+        unchangedGroup += std::string(" AND old.") + kind.name + " IS new." + kind.name;
+    }
+    std::string durationOnly;
+    for (int days : stretchDays) {
+        durationOnly += "UPDATE " + tableOf(kind.kind) +
+                        " SET duration = duration - CAST(old.duration AS INTEGER) + "
+                        "CAST(new.duration AS INTEGER) WHERE " +
+                        groupOf(kind, "new", days) + " AND " + isSummarised("new") + "; ";
+    }
+    const std::string on = std::string(" ON ") + kind.kind;
+    return {
+        "CREATE TRIGGER " + triggerName(kind, "insert") + " AFTER INSERT" + on + " BEGIN " +
+            countRows(kind, "+") + forEachStretch(kind, "new", addTotal) + "END",
+        "CREATE TRIGGER " + triggerName(kind, "delete") + " AFTER DELETE" + on + " BEGIN " +
+            countRows(kind, "-") + forEachStretch(kind, "old", removeTotal) + "END",
+        "CREATE TRIGGER " + triggerName(kind, "update") + " AFTER UPDATE" + on + " WHEN NOT (" +
+            unchangedGroup + ") BEGIN " + forEachStretch(kind, "old", removeTotal) +
+            forEachStretch(kind, "new", addTotal) + "END",
+        "CREATE TRIGGER " + triggerName(kind, "updateDuration") + " AFTER UPDATE" + on + " WHEN " +
+            unchangedGroup + " BEGIN " + durationOnly + "END",
+    };
+}
+
+std::string tableDefinition(const SummarisedKind& kind) {
+    return "CREATE TABLE " + tableOf(kind.kind) +
+           " (days INTEGER NOT NULL, stretch INTEGER NOT NULL, filterId TEXT NOT NULL, " +
+           kind.key +
+           " TEXT NOT NULL, duration INTEGER NOT NULL, members INTEGER NOT NULL, "
+           "firstCreatedAt REAL NOT NULL, firstRowid INTEGER NOT NULL" +
+           (hasName(kind) ? std::string(", ") + kind.name + " TEXT" : "") +
+           ", PRIMARY KEY (days, stretch, filterId, " + kind.key + ")) WITHOUT ROWID";
+}
+
+// Every group of every stretch at once: its sum, its number of totals and its earliest total.
+std::string fillFromRecords(const SummarisedKind& kind, int days) {
+    const std::string name = hasName(kind) ? std::string(", ") + kind.name : "";
+    return "INSERT INTO " + tableOf(kind.kind) + " (days, stretch, filterId, " + kind.key +
+           ", duration, members, firstCreatedAt, firstRowid" + name + ") SELECT " + text(days) +
+           ", stretch, filterId, " + kind.key + ", total, members, createdAt, firstRowid" + name +
+           " FROM (SELECT " + stretchOf(kind.kind, days) + " AS stretch, filterId, " + kind.key +
+           ", createdAt, rowid AS firstRowid" + name +
+           ", SUM(CAST(duration AS INTEGER)) OVER byGroup AS total, COUNT(*) OVER byGroup AS "
+           "members, ROW_NUMBER() OVER (byGroup ORDER BY createdAt, rowid) AS place FROM " +
+           kind.kind + " WHERE " + isSummarised(kind.kind) + " WINDOW byGroup AS (PARTITION BY " +
+           stretchOf(kind.kind, days) + ", filterId, " + kind.key + ")) WHERE place = 1";
+}
+
+// The same from the summaries of finer stretches that make up each of `days`: far fewer rows.
+std::string fillFromFiner(const SummarisedKind& kind, int days, int finerDays) {
+    const std::string name = hasName(kind) ? std::string(", ") + kind.name : "";
+    const std::string coarse = "stretch / " + text(days / finerDays);
+    return "INSERT INTO " + tableOf(kind.kind) + " (days, stretch, filterId, " + kind.key +
+           ", duration, members, firstCreatedAt, firstRowid" + name + ") SELECT " + text(days) +
+           ", coarse, filterId, " + kind.key + ", total, allMembers, firstCreatedAt, firstRowid" +
+           name + " FROM (SELECT " + coarse + " AS coarse, filterId, " + kind.key +
+           ", firstCreatedAt, firstRowid" + name +
+           ", SUM(duration) OVER byGroup AS total, SUM(members) OVER byGroup AS allMembers, "
+           "ROW_NUMBER() OVER (byGroup ORDER BY firstCreatedAt, firstRowid) AS place FROM " +
+           tableOf(kind.kind) + " WHERE days = " + text(finerDays) +
+           " WINDOW byGroup AS (PARTITION BY " + coarse + ", filterId, " + kind.key +
+           ")) WHERE place = 1";
+}
+
+bool exists(SQLite::Database& database, const char* type, const std::string& name) {
+    SQLite::Statement query(database,
+                            "SELECT 1 FROM sqlite_schema WHERE type = ? AND name = ? LIMIT 1");
+    query.bind(1, type);
+    query.bind(2, name);
+    return query.executeStep();
+}
+
+// Stretch numbers of [begin, end) whose stretches lie wholly within it, made exact where the
+// division rounds.
+std::pair<std::int64_t, std::int64_t> wholeStretches(double begin, double end, double span) {
+    auto first = static_cast<std::int64_t>(std::ceil(begin / span));
+    while (static_cast<double>(first) * span < begin) {
+        ++first;
+    }
+    while (static_cast<double>(first - 1) * span >= begin) {
+        --first;
+    }
+    auto last = static_cast<std::int64_t>(std::floor(end / span)) - 1;
+    while (static_cast<double>(last + 1) * span > end) {
+        --last;
+    }
+    while (static_cast<double>(last + 2) * span <= end) {
+        ++last;
+    }
+    return {std::max<std::int64_t>(first, 0), last};
+}
+
+void cut(double begin, double end, std::size_t level, std::vector<RangePiece>& pieces) {
+    if (!(begin < end)) {
+        return;
+    }
+    if (level == std::size(stretchDays)) {
+        pieces.push_back({0, begin, end, 0, 0});
+        return;
+    }
+    const int days = stretchDays[level];
+    const double span = static_cast<double>(days * secondsPerDay);
+    const auto [first, last] = wholeStretches(begin, end, span);
+    if (first > last) {
+        cut(begin, end, level + 1, pieces);
+        return;
+    }
+    cut(begin, static_cast<double>(first) * span, level + 1, pieces);
+    pieces.push_back({days, 0.0, 0.0, first, last});
+    cut(static_cast<double>(last + 1) * span, end, level + 1, pieces);
+}
+
+}  // namespace
+
+std::string tableOf(const char* kind) {
+    return std::string(kind) + "Summary";
+}
+
+bool areCurrent(SQLite::Database& database) {
+    if (!exists(database, "table", "KivoMeta")) {
+        return false;
+    }
+    SQLite::Statement stored(database, "SELECT value FROM KivoMeta WHERE key = ?");
+    stored.bind(1, versionKey);
+    if (!stored.executeStep() || stored.getColumn(0).getString() != version) {
+        return false;
+    }
+    for (const auto& kind : kinds) {
+        if (!exists(database, "table", tableOf(kind.kind))) {
+            return false;
+        }
+        for (const char* event : triggerEvents) {
+            if (!exists(database, "trigger", triggerName(kind, event))) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool countEveryRow(SQLite::Database& database) {
+    for (const auto& kind : kinds) {
+        SQLite::Statement rows(database, std::string("SELECT COUNT(*) FROM ") + kind.kind);
+        SQLite::Statement counted(database, "SELECT members FROM " + tableOf(kind.kind) +
+                                                " WHERE days = " + rowCountDays);
+        if (!rows.executeStep() || !counted.executeStep() ||
+            rows.getColumn(0).getInt64() != counted.getColumn(0).getInt64()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void rebuild(SQLite::Database& database) {
+    for (const auto& kind : kinds) {
+        for (const char* event : triggerEvents) {
+            database.exec("DROP TRIGGER IF EXISTS " + triggerName(kind, event));
+        }
+        database.exec("DROP TABLE IF EXISTS " + tableOf(kind.kind));
+        database.exec(tableDefinition(kind));
+        database.exec("INSERT INTO " + tableOf(kind.kind) + " (days, stretch, filterId, " +
+                      kind.key + ", duration, members, firstCreatedAt, firstRowid) SELECT " +
+                      rowCountDays + ", 0, '', '', 0, COUNT(*), 0, 0 FROM " + kind.kind);
+        // Finest first, each coarser one from the one below it.
+        constexpr std::size_t finest = std::size(stretchDays) - 1;
+        database.exec(fillFromRecords(kind, stretchDays[finest]));
+        for (std::size_t level = finest; level-- > 0;) {
+            database.exec(fillFromFiner(kind, stretchDays[level], stretchDays[level + 1]));
+        }
+        for (const auto& trigger : triggerDefinitions(kind)) {
+            database.exec(trigger);
+        }
+    }
+    SQLite::Statement mark(database, "INSERT OR REPLACE INTO KivoMeta (key, value) VALUES (?, ?)");
+    mark.bind(1, versionKey);
+    mark.bind(2, version);
+    mark.exec();
+}
+
+std::vector<RangePiece> piecesOf(double begin, double end) {
+    std::vector<RangePiece> pieces;
+    // Far beyond any calendar date, a stretch number would not fit its integer.
+    constexpr double farthest = 1e15;
+    cut(begin, end,
+        std::abs(begin) < farthest && std::abs(end) < farthest ? 0 : std::size(stretchDays),
+        pieces);
+    return pieces;
+}
+
+}  // namespace kivo::usage_summaries
