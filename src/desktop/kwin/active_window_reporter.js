@@ -1,0 +1,54 @@
+// Kivo's KWin script: reports the active window to Kivo on the session bus, on every activation
+// and on every change of the active window's caption. An empty report means no window is active
+// (KWin announces one such moment before each activation). Written against both Plasma 5's
+// names (clients) and Plasma 6's (windows).
+
+const kivoService = "app.kivo.Kivo.ActiveWindow";
+const kivoPath = "/app/kivo/Kivo/ActiveWindow";
+const kivoInterface = "app.kivo.Kivo.ActiveWindow";
+
+const isPlasma6 = workspace.windowActivated !== undefined;
+
+function currentWindow() {
+    return isPlasma6 ? workspace.activeWindow : workspace.activeClient;
+}
+
+// Plasma 5 hands the resource names over as byte arrays, Plasma 6 as strings: both travel as
+// they are, and Kivo reads either.
+function describe(window) {
+    if (!window) {
+        return {};
+    }
+    return {
+        caption: String(window.caption),
+        resourceClass: window.resourceClass,
+        resourceName: window.resourceName,
+        desktopFileName: String(window.desktopFileName || ""),
+        pid: Number(window.pid) || 0,
+        internalId: String(window.internalId),
+    };
+}
+
+let followed = null;
+
+function report() {
+    callDBus(kivoService, kivoPath, kivoInterface, "Changed", describe(followed));
+}
+
+function follow(window) {
+    if (followed) {
+        try {
+            followed.captionChanged.disconnect(report);
+        } catch (error) {
+            // The window is gone, and its connections with it.
+        }
+    }
+    followed = window || null;
+    if (followed) {
+        followed.captionChanged.connect(report);
+    }
+    report();
+}
+
+(isPlasma6 ? workspace.windowActivated : workspace.clientActivated).connect(follow);
+follow(currentWindow());

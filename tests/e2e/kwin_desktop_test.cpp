@@ -1,0 +1,120 @@
+#include "desktop/kwin/kwin_desktop.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+
+#include "e2e/kwin_session.h"
+
+namespace kivo {
+namespace {
+
+using test::KWinSession;
+
+// The real backend and its script in a private KWin, with Qt windows on Wayland and an xterm
+// through XWayland.
+class KWinDesktopTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(session_->isReady()) << logOf(*session_);
+        catalog_.rescan();
+        ASSERT_NE(catalog_.index().find(QLatin1String(KWinSession::windowAppId)), nullptr);
+        QString failure;
+        desktop_ = KWinDesktop::connect(
+            {session_->bus(), session_->scriptCopy(), &catalog_, QStringLiteral("/proc")}, failure);
+        ASSERT_NE(desktop_, nullptr) << failure.toStdString() << logOf(*session_);
+    }
+
+    static std::string logOf(const KWinSession& session) {
+        QFile log(session.logFile());
+        return log.open(QIODevice::ReadOnly) ? log.readAll().toStdString() : std::string();
+    }
+
+    // Samples, letting the script's reports in between, until the focused window's title is
+    // `title`; the last sample.
+    std::optional<FocusedWindow> sampleUntil(const QString& title) {
+        std::optional<FocusedWindow> window;
+        for (const QDeadlineTimer deadline(30'000); !deadline.hasExpired(); QThread::msleep(50)) {
+            QCoreApplication::processEvents();
+            window = desktop_->focusedWindow();
+            if (window && window->title == title) {
+                break;
+            }
+        }
+        return window;
+    }
+
+    // The window titled `title` must come to the front, named by its desktop entry and owned by
+    // `owner`'s process.
+    void expectInFront(const QString& title, test::ScopedProcess& owner, const char* bundleId,
+                       const char* name) {
+        const auto window = sampleUntil(title);
+        ASSERT_TRUE(window && window->title == title)
+            << title.toStdString() << " never came to the front:\n"
+            << logOf(*session_);
+        EXPECT_EQ(window->bundleId, QLatin1String(bundleId));
+        EXPECT_EQ(window->name, QLatin1String(name));
+        EXPECT_EQ(window->processId, owner.process().processId());
+    }
+
+    void expectWaylandWindowInFront(const QString& title, test::ScopedProcess& owner) {
+        expectInFront(title, owner, KWinSession::windowAppId, "Kivo Test Window");
+    }
+
+    std::unique_ptr<KWinSession> session_ = std::make_unique<KWinSession>();
+    XdgApplicationCatalog catalog_{
+        XdgEnvironment{QString(), QString(), session_->dataFolder() + QStringLiteral(":/usr/share"),
+                       QStringLiteral("C")}};
+    std::unique_ptr<KWinDesktop> desktop_;
+};
+
+TEST_F(KWinDesktopTest, FollowsTheActiveWindowThroughOpeningRetitlingFocusClosingAndXWayland) {
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(desktop_->focusedWindow()) << "an empty desktop";
+
+    const auto one = session_->startWaylandWindow(QStringLiteral("kivo-one"));
+    expectWaylandWindowInFront(QStringLiteral("kivo-one"), *one);
+    const auto two = session_->startWaylandWindow(QStringLiteral("kivo-two"));
+    expectWaylandWindowInFront(QStringLiteral("kivo-two"), *two);
+
+    two->process().write("kivo-two-renamed\n");
+    expectWaylandWindowInFront(QStringLiteral("kivo-two-renamed"), *two);
+
+    ASSERT_TRUE(session_->activate(QStringLiteral("kivo-one")));
+    expectWaylandWindowInFront(QStringLiteral("kivo-one"), *one);
+
+    // Closing the window in front hands the focus to the one left.
+    one->stop(SIGTERM);
+    expectWaylandWindowInFront(QStringLiteral("kivo-two-renamed"), *two);
+
+    const auto xterm = session_->startXterm(QStringLiteral("kivo-xterm"));
+    expectInFront(QStringLiteral("kivo-xterm"), *xterm, "debian-xterm", "XTerm");
+}
+
+TEST_F(KWinDesktopTest, LeavesNoScriptBehindAndAnotherKivoCannotTakeOver) {
+    QString failure;
+    EXPECT_EQ(KWinDesktop::connect({session_->bus(), session_->scriptCopy(), &catalog_}, failure),
+              nullptr);
+    EXPECT_TRUE(failure.contains(QLatin1String("quit the other Kivo"))) << failure.toStdString();
+
+    const auto isScriptLoaded = [this] {
+        const QDBusMessage reply = session_->bus().call(
+            QDBusMessage::createMethodCall(
+                QStringLiteral("org.kde.KWin"), QStringLiteral("/Scripting"),
+                QStringLiteral("org.kde.kwin.Scripting"), QStringLiteral("isScriptLoaded"))
+            << KWinDesktop::scriptName);
+        return reply.arguments().value(0).toBool();
+    };
+    EXPECT_TRUE(isScriptLoaded());
+    desktop_.reset();
+    EXPECT_FALSE(isScriptLoaded());
+
+    // A new Kivo starts cleanly after the old one.
+    desktop_ = KWinDesktop::connect({session_->bus(), session_->scriptCopy(), &catalog_}, failure);
+    ASSERT_NE(desktop_, nullptr) << failure.toStdString();
+    const auto window = session_->startWaylandWindow(QStringLiteral("kivo-again"));
+    expectWaylandWindowInFront(QStringLiteral("kivo-again"), *window);
+}
+
+}  // namespace
+}  // namespace kivo
