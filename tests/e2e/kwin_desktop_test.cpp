@@ -44,6 +44,18 @@ protected:
         return window;
     }
 
+    // Samples until `owner`'s window is in front; nothing if it never comes.
+    std::optional<FocusedWindow> sampleUntil(test::ScopedProcess& owner) {
+        for (const QDeadlineTimer deadline(30'000); !deadline.hasExpired(); QThread::msleep(50)) {
+            QCoreApplication::processEvents();
+            auto window = desktop_->focusedWindow();
+            if (window && window->processId == owner.process().processId()) {
+                return window;
+            }
+        }
+        return std::nullopt;
+    }
+
     // The window titled `title` must come to the front, named by its desktop entry and owned by
     // `owner`'s process.
     void expectInFront(const QString& title, test::ScopedProcess& owner, const char* bundleId,
@@ -86,6 +98,13 @@ TEST_F(KWinDesktopTest, FollowsTheActiveWindowThroughOpeningRetitlingFocusClosin
     // Closing the window in front hands the focus to the one left.
     one->stop(SIGTERM);
     expectWaylandWindowInFront(QStringLiteral("kivo-two-renamed"), *two);
+
+    // A second window of the same title: KWin's caption tells them apart, the window's title not.
+    const auto twin = session_->startWaylandWindow(QStringLiteral("kivo-two-renamed"));
+    ASSERT_TRUE(twin->isRunning());
+    const auto twinWindow = sampleUntil(*twin);
+    ASSERT_TRUE(twinWindow) << logOf(*session_);
+    EXPECT_EQ(twinWindow->title, QStringLiteral("kivo-two-renamed"));
 
     const auto xterm = session_->startXterm(QStringLiteral("kivo-xterm"));
     expectInFront(QStringLiteral("kivo-xterm"), *xterm, "debian-xterm", "XTerm");

@@ -13,6 +13,20 @@ function currentWindow() {
     return isPlasma6 ? workspace.activeWindow : workspace.activeClient;
 }
 
+// The caption as the window sets it: KWin's own caption adds " <2>" (and on X11 a left-to-right
+// mark) to tell windows of one title apart. Plasma 6 has the plain one; on Plasma 5 the suffix
+// is cut off.
+function captionOf(window) {
+    if (window.captionNormal !== undefined) {
+        return String(window.captionNormal);
+    }
+    return String(window.caption).replace(/ <[0-9]+>\u200e?$/, "");
+}
+
+function captionChangeOf(window) {
+    return window.captionNormalChanged || window.captionChanged;
+}
+
 // Plasma 5 hands the resource names over as byte arrays, Plasma 6 as strings: both travel as
 // they are, and Kivo reads either.
 function describe(window) {
@@ -20,7 +34,7 @@ function describe(window) {
         return {};
     }
     return {
-        caption: String(window.caption),
+        caption: captionOf(window),
         resourceClass: window.resourceClass,
         resourceName: window.resourceName,
         desktopFileName: String(window.desktopFileName || ""),
@@ -38,14 +52,14 @@ function report() {
 function follow(window) {
     if (followed) {
         try {
-            followed.captionChanged.disconnect(report);
+            captionChangeOf(followed).disconnect(report);
         } catch (error) {
             // The window is gone, and its connections with it.
         }
     }
     followed = window || null;
     if (followed) {
-        followed.captionChanged.connect(report);
+        captionChangeOf(followed).connect(report);
     }
     report();
 }

@@ -21,10 +21,20 @@ std::optional<QString> textOf(const QVariantMap& report, QLatin1String key) {
 }
 
 std::int64_t processIdOf(const QVariantMap& report) {
-    bool isNumber = false;
-    const double number = report.value(QLatin1String("pid")).toDouble(&isNumber);
+    const QVariant value = report.value(QLatin1String("pid"));
+    switch (value.typeId()) {
+        case QMetaType::Int:
+        case QMetaType::UInt:
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+        case QMetaType::Double:
+            break;
+        default:
+            return 0;
+    }
     // JavaScript numbers arrive as doubles; anything that is no process id counts as none.
-    if (!isNumber || !std::isfinite(number) || number < 1.0 ||
+    const double number = value.toDouble();
+    if (!std::isfinite(number) || number < 1.0 ||
         number > double(std::numeric_limits<std::int32_t>::max()) || number != std::floor(number)) {
         return 0;
     }
