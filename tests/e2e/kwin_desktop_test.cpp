@@ -110,30 +110,5 @@ TEST_F(KWinDesktopTest, FollowsTheActiveWindowThroughOpeningRetitlingFocusClosin
     expectInFront(QStringLiteral("kivo-xterm"), *xterm, "debian-xterm", "XTerm");
 }
 
-TEST_F(KWinDesktopTest, LeavesNoScriptBehindAndAnotherKivoCannotTakeOver) {
-    QString failure;
-    EXPECT_EQ(KWinDesktop::connect({session_->bus(), session_->scriptCopy(), &catalog_}, failure),
-              nullptr);
-    EXPECT_TRUE(failure.contains(QLatin1String("quit the other Kivo"))) << failure.toStdString();
-
-    const auto isScriptLoaded = [this] {
-        const QDBusMessage reply = session_->bus().call(
-            QDBusMessage::createMethodCall(
-                QStringLiteral("org.kde.KWin"), QStringLiteral("/Scripting"),
-                QStringLiteral("org.kde.kwin.Scripting"), QStringLiteral("isScriptLoaded"))
-            << KWinDesktop::scriptName);
-        return reply.arguments().value(0).toBool();
-    };
-    EXPECT_TRUE(isScriptLoaded());
-    desktop_.reset();
-    EXPECT_FALSE(isScriptLoaded());
-
-    // A new Kivo starts cleanly after the old one.
-    desktop_ = KWinDesktop::connect({session_->bus(), session_->scriptCopy(), &catalog_}, failure);
-    ASSERT_NE(desktop_, nullptr) << failure.toStdString();
-    const auto window = session_->startWaylandWindow(QStringLiteral("kivo-again"));
-    expectWaylandWindowInFront(QStringLiteral("kivo-again"), *window);
-}
-
 }  // namespace
 }  // namespace kivo

@@ -136,23 +136,23 @@ for (const window of isPlasma6 ? workspace.windowList() : workspace.clientList()
         script.close();
         const QString name = QStringLiteral("kivo-e2e-activate");
         callScripting(QStringLiteral("unloadScript"), {name});
+        // The earlier script ends only when KWin gets round to it.
+        for (const QDeadlineTimer deadline(10'000);
+             callScripting(QStringLiteral("isScriptLoaded"), {name})
+                 .arguments()
+                 .value(0)
+                 .toBool() &&
+             !deadline.hasExpired();
+             QThread::msleep(20)) {
+        }
         const QDBusMessage loaded = callScripting(QStringLiteral("loadScript"), {path, name});
         if (loaded.type() != QDBusMessage::ReplyMessage ||
             loaded.arguments().value(0).toInt() < 0) {
             return false;
         }
-        // Plasma 6 puts the script under /Scripting, Plasma 5 at the root.
-        const int id = loaded.arguments().value(0).toInt();
-        for (const QString& object :
-             {QStringLiteral("/Scripting/Script%1").arg(id), QStringLiteral("/%1").arg(id)}) {
-            const QDBusMessage ran = bus().call(QDBusMessage::createMethodCall(
-                QStringLiteral("org.kde.KWin"), object, QStringLiteral("org.kde.kwin.Script"),
-                QStringLiteral("run")));
-            if (ran.type() == QDBusMessage::ReplyMessage) {
-                return true;
-            }
-        }
-        return false;
+        // start runs every loaded script that is not running yet: the object KWin names by the
+        // script's number may be a later script's.
+        return callScripting(QStringLiteral("start"), {}).type() == QDBusMessage::ReplyMessage;
     }
 
 private:

@@ -20,9 +20,11 @@ std::unique_ptr<KWinDesktop> KWinDesktop::connect(Options options, QString& fail
             "there is no session bus to reach KWin on; start Kivo from within the Plasma session");
         return nullptr;
     }
-    if (!QFileInfo(options.scriptPath).isReadable()) {
+    if (options.scriptPath.isEmpty() || !QFileInfo(options.scriptPath).isReadable()) {
         failure = QStringLiteral("Kivo's KWin script \"%1\" is missing; reinstall Kivo")
-                      .arg(options.scriptPath);
+                      .arg(options.scriptPath.isEmpty()
+                               ? QStringLiteral("kivo/kwin/active_window_reporter.js")
+                               : options.scriptPath);
         return nullptr;
     }
     std::unique_ptr<KWinDesktop> desktop(new KWinDesktop(std::move(options)));
@@ -30,7 +32,6 @@ std::unique_ptr<KWinDesktop> KWinDesktop::connect(Options options, QString& fail
         return nullptr;
     }
     if (!desktop->startScript(failure)) {
-        failure += QStringLiteral("; log out and back in to restart KWin");
         return nullptr;
     }
     return desktop;
@@ -79,11 +80,16 @@ bool KWinDesktop::publish(QString& failure) {
 bool KWinDesktop::startScript(QString& failure) {
     const QDBusReply<QString> owner = options_.bus.interface()->serviceOwner(kwinService);
     if (!owner.isValid()) {
-        failure = QStringLiteral("KWin is not on the session bus");
+        failure = QStringLiteral(
+            "KWin is not on the session bus; start Kivo from within the Plasma session");
         return false;
     }
     receiver_.trust(owner.value());
-    return runKWinScript(options_.bus, options_.scriptPath, scriptName, failure);
+    if (!runKWinScript(options_.bus, options_.scriptPath, scriptName, failure)) {
+        failure += QStringLiteral("; log out and back in to restart KWin");
+        return false;
+    }
+    return true;
 }
 
 std::optional<FocusedWindow> KWinDesktop::focusedWindow() {

@@ -1,6 +1,8 @@
 #include "desktop/kwin/kwin_scripting.h"
 
 #include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QThread>
 
 namespace kivo {
 
@@ -26,11 +28,26 @@ QDBusMessage runScriptAt(const QDBusConnection& bus, const QString& path) {
     return callKWin(bus, path, QLatin1StringView("org.kde.kwin.Script"), QLatin1StringView("run"));
 }
 
+// Unloading only schedules the script's end: a script of the same name cannot be loaded until
+// KWin has got round to it.
+bool waitUntilUnloaded(const QDBusConnection& bus, const QString& name) {
+    for (const QDeadlineTimer deadline(replyTimeoutMs);; QThread::msleep(20)) {
+        const QDBusMessage loaded = callScripting(bus, QLatin1StringView("isScriptLoaded"), {name});
+        if (loaded.type() == QDBusMessage::ErrorMessage || !loaded.arguments().value(0).toBool()) {
+            return true;
+        }
+        if (deadline.hasExpired()) {
+            return false;
+        }
+    }
+}
+
 }  // namespace
 
 bool runKWinScript(const QDBusConnection& bus, const QString& path, const QString& name,
                    QString& failure) {
     unloadKWinScript(bus, name);
+    waitUntilUnloaded(bus, name);
     const QDBusMessage loaded = callScripting(bus, QLatin1StringView("loadScript"), {path, name});
     if (loaded.type() == QDBusMessage::ErrorMessage) {
         failure = QStringLiteral("KWin's scripting does not answer on the session bus (%1)")
@@ -54,6 +71,10 @@ bool runKWinScript(const QDBusConnection& bus, const QString& path, const QStrin
                       .arg(path, ran.errorMessage());
         return false;
     }
+    // KWin numbers a script by the count of scripts loaded, so after another script has gone
+    // the path may still belong to a later one's object, and run went there. start runs every
+    // loaded script that is not running yet, this one included.
+    callScripting(bus, QLatin1StringView("start"), {});
     return true;
 }
 

@@ -28,7 +28,7 @@ private:
 
 // KWin's scripting service on a bus of the test's, on a connection and thread of its own (Kivo
 // waits for KWin's answers, and on one thread the fake could not give them). Remembers the calls
-// in order, as "unload NAME", "load PATH NAME" and "run OBJECT".
+// in order, as "unload NAME", "load PATH NAME", "run OBJECT" and "start".
 class FakeKWin : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.kwin.Scripting")
@@ -79,6 +79,10 @@ public Q_SLOTS:
         if (refusal_) {
             return -1;
         }
+        {
+            QMutexLocker lock(&mutex_);
+            loaded_.append(name);
+        }
         const int id = nextId_++;
         const QString object = plasma_ == Plasma::six
                                    ? QStringLiteral("/Scripting/Script%1").arg(id)
@@ -91,8 +95,16 @@ public Q_SLOTS:
 
     bool unloadScript(const QString& name) {
         remember(QStringLiteral("unload ") + name);
-        return true;
+        QMutexLocker lock(&mutex_);
+        return loaded_.removeOne(name);
     }
+
+    bool isScriptLoaded(const QString& name) {
+        QMutexLocker lock(&mutex_);
+        return loaded_.contains(name);
+    }
+
+    void start() { remember(QStringLiteral("start")); }
 
 private:
     void remember(const QString& call) {
@@ -107,6 +119,7 @@ private:
     int nextId_ = 3;
     mutable QMutex mutex_;
     QStringList calls_;
+    QStringList loaded_;
 };
 
 }  // namespace kivo::test
