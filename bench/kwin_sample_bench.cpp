@@ -60,9 +60,9 @@ BENCHMARK(BM_KWinSample);
 void BM_KWinReadReport(benchmark::State& state) {
     const QVariantMap report{
         {QStringLiteral("caption"), QStringLiteral("kivo-bench")},
-        {QStringLiteral("resourceClass"), QStringLiteral(test::KWinSession::windowAppId)},
+        {QStringLiteral("resourceClass"), QString::fromLatin1(test::KWinSession::windowAppId)},
         {QStringLiteral("resourceName"), QStringLiteral("kivo-e2e-window")},
-        {QStringLiteral("desktopFileName"), QStringLiteral(test::KWinSession::windowAppId)},
+        {QStringLiteral("desktopFileName"), QString::fromLatin1(test::KWinSession::windowAppId)},
         {QStringLiteral("pid"), 4242.0},
         {QStringLiteral("internalId"), QStringLiteral("{8f2b6f0e-4f5c-4b43-9d1c-1f0e7c2d5a11}")}};
     for (auto _ : state) {
