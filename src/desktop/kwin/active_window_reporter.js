@@ -27,7 +27,7 @@ function captionChangeOf(window) {
     return window.captionNormalChanged || window.captionChanged;
 }
 
-// Plasma 5 hands the resource names over as byte arrays, Plasma 6 as strings: both travel as
+// The resource names may come as byte arrays (KWin holds them so) or as strings: both travel as
 // they are, and Kivo reads either.
 function describe(window) {
     if (!window) {

@@ -29,15 +29,13 @@ QDBusMessage runScriptAt(const QDBusConnection& bus, const QString& path) {
 }
 
 // Unloading only schedules the script's end: a script of the same name cannot be loaded until
-// KWin has got round to it.
-bool waitUntilUnloaded(const QDBusConnection& bus, const QString& name) {
-    for (const QDeadlineTimer deadline(replyTimeoutMs);; QThread::msleep(20)) {
+// KWin has got round to it. Should it never, loading says so.
+void waitUntilUnloaded(const QDBusConnection& bus, const QString& name) {
+    for (const QDeadlineTimer deadline(replyTimeoutMs); !deadline.hasExpired();
+         QThread::msleep(20)) {
         const QDBusMessage loaded = callScripting(bus, QLatin1StringView("isScriptLoaded"), {name});
         if (loaded.type() == QDBusMessage::ErrorMessage || !loaded.arguments().value(0).toBool()) {
-            return true;
-        }
-        if (deadline.hasExpired()) {
-            return false;
+            return;
         }
     }
 }
