@@ -3,6 +3,8 @@
 #include <QCoreApplication>
 
 #include "desktop/hyprland/hyprland_desktop.h"
+#include "desktop/kwin/kwin_desktop.h"
+#include "desktop/kwin/kwin_script_file.h"
 #include "desktop/presence/session_presence.h"
 #include "desktop/session_environment.h"
 #include "desktop/wayland/notified_idle_time.h"
@@ -55,6 +57,18 @@ DesktopChoice chooseHyprlandDesktop(const SessionEnvironment& session,
     return choice;
 }
 
+DesktopChoice chooseKWinDesktop(const XdgApplicationCatalog& catalog) {
+    DesktopChoice choice;
+    KWinDesktop::Options options;
+    options.scriptPath = locateKWinScript();
+    options.catalog = &catalog;
+    choice.focusedWindow = KWinDesktop::connect(std::move(options), choice.failure);
+    if (!choice.focusedWindow) {
+        choice.failure = QStringLiteral("cannot record KDE Plasma on Wayland: ") + choice.failure;
+    }
+    return choice;
+}
+
 }  // namespace
 
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
@@ -70,9 +84,10 @@ DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
             return chooseHyprlandDesktop(session, catalog);
         case SessionKind::Wlroots:
             return chooseWlrootsDesktop(session, verdict.desktopName, catalog);
-        case SessionKind::Gnome:
         case SessionKind::Plasma:
-            break;  // these carry a failure until this build reads them
+            return chooseKWinDesktop(catalog);
+        case SessionKind::Gnome:
+            break;  // carries a failure until this build reads it
     }
     return {nullptr, verdict.failure};
 }

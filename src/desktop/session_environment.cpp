@@ -39,9 +39,6 @@ SessionVerdict classifySession(const SessionEnvironment& environment) {
     } else if (names("KDE")) {
         verdict.kind = SessionKind::Plasma;
         verdict.desktopName = QStringLiteral("KDE Plasma on Wayland");
-        verdict.failure = QStringLiteral(
-            "cannot record KDE Plasma on Wayland yet: this Kivo has no KWin script to read the "
-            "focused window; log in to a \"Plasma (X11)\" session to record");
     } else if (names("Hyprland")) {
         verdict.kind = SessionKind::Hyprland;
         verdict.desktopName = QStringLiteral("Hyprland");

@@ -31,7 +31,7 @@ TEST(SessionEnvironmentTest, SessionTypeDecidesAndWaylandIsNeverReadThroughXWayl
         {{"wayland-0", ":0", "wayland", "gnome", "", "", ""},
          SessionKind::Gnome,
          "GNOME Shell extension"},
-        {{"wayland-0", ":0", "wayland", "KDE", "", "", ""}, SessionKind::Plasma, "Plasma (X11)"},
+        {{"wayland-0", ":0", "wayland", "KDE", "", "", ""}, SessionKind::Plasma, nullptr},
         {{"wayland-1", ":0", "", "Hyprland", "", "/run/user/1000", "v0.40_1718"},
          SessionKind::Hyprland,
          nullptr},
