@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "desktop/gnome/gnome_shell_session.h"
 #include "desktop/hyprland/hyprland_desktop.h"
 #include "desktop/presence/session_presence.h"
 #include "desktop/session_environment.h"
@@ -53,6 +54,16 @@ DesktopChoice chooseHyprlandDesktop(const SessionEnvironment& session,
     return choice;
 }
 
+DesktopChoice chooseGnomeDesktop(const XdgApplicationCatalog& catalog) {
+    DesktopChoice choice;
+    choice.focusedWindow = connectGnomeShell(
+        QDBusConnection::sessionBus(), ExtensionFolders::ofThisKivo(), catalog, choice.failure);
+    if (!choice.focusedWindow) {
+        choice.failure = QStringLiteral("cannot record GNOME on Wayland yet: ") % choice.failure;
+    }
+    return choice;
+}
+
 }  // namespace
 
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
@@ -69,6 +80,7 @@ DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
         case SessionKind::Wlroots:
             return chooseWlrootsDesktop(session, verdict.desktopName, catalog);
         case SessionKind::Gnome:
+            return chooseGnomeDesktop(catalog);
         case SessionKind::Plasma:
             break;  // these carry a failure until this build reads them
     }
