@@ -13,7 +13,7 @@
 #include <QThread>
 #include <optional>
 
-#include "e2e/scoped_process.h"
+#include "e2e/session_user.h"
 
 namespace kivo::test {
 
@@ -29,7 +29,7 @@ public:
     GnomeSession() {
         const QByteArray runtime = runtime_.path().toLocal8Bit();
         if (!runtime_.isValid() || ::chmod(runtime.constData(), 0700) != 0 ||
-            (isRoot() && ::chown(runtime.constData(), nobody, nobody) != 0)) {
+            (isRoot() && ::chown(runtime.constData(), sessionUser, sessionUser) != 0)) {
             return;
         }
         environment_.insert(QStringLiteral("PATH"), qEnvironmentVariable("PATH"));
@@ -106,11 +106,12 @@ public:
     // Starts the shell and waits until both the test's extension and Kivo's answer: their
     // objects, not just their names.
     bool startShell() {
-        shell_ = startAsUser(QStringLiteral("gnome-shell"),
-                             {QStringLiteral("--headless"), QStringLiteral("--virtual-monitor"),
-                              QStringLiteral("1280x800"), QStringLiteral("--wayland-display"),
-                              environment_.value(QStringLiteral("WAYLAND_DISPLAY"))},
-                             environment_, logFile());
+        shell_ =
+            startAsSessionUser(QStringLiteral("gnome-shell"),
+                               {QStringLiteral("--headless"), QStringLiteral("--virtual-monitor"),
+                                QStringLiteral("1280x800"), QStringLiteral("--wayland-display"),
+                                environment_.value(QStringLiteral("WAYLAND_DISPLAY"))},
+                               environment_, logFile());
         for (const QDeadlineTimer deadline(60'000); !deadline.hasExpired(); QThread::msleep(100)) {
             if (!shell_->isRunning()) {
                 return false;
@@ -149,7 +150,7 @@ public:
     // Starts `program` as the session's user, its output going to the session log.
     std::unique_ptr<ScopedProcess> startClient(const QString& program, const QStringList& arguments,
                                                const QProcessEnvironment& environment) const {
-        return startAsUser(program, arguments, environment, logFile());
+        return startAsSessionUser(program, arguments, environment, logFile());
     }
 
     // Calls the test's extension; the reply's arguments, or nothing.
@@ -197,7 +198,7 @@ public:
     // Runs `program` to its end as the session's user; its output, or nothing when it failed.
     std::optional<QByteArray> runAsUser(const QString& program,
                                         const QStringList& arguments) const {
-        const auto command = startAsUser(program, arguments, environment_, QString());
+        const auto command = startAsSessionUser(program, arguments, environment_, QString());
         QProcess& process = command->process();
         if (!process.waitForFinished(30'000) || process.exitStatus() != QProcess::NormalExit ||
             process.exitCode() != 0) {
@@ -207,27 +208,6 @@ public:
     }
 
 private:
-    static constexpr uid_t nobody = 65534;
-
-    static bool isRoot() { return ::geteuid() == 0; }
-
-    static std::unique_ptr<ScopedProcess> startAsUser(const QString& program,
-                                                      const QStringList& arguments,
-                                                      const QProcessEnvironment& environment,
-                                                      const QString& logFile) {
-        if (!isRoot()) {
-            return std::make_unique<ScopedProcess>(program, arguments, environment, logFile);
-        }
-        // setpriv executes the program in its own place, so the process id stays the program's.
-        return std::make_unique<ScopedProcess>(
-            QStringLiteral("setpriv"),
-            QStringList{QStringLiteral("--reuid=%1").arg(nobody),
-                        QStringLiteral("--regid=%1").arg(nobody), QStringLiteral("--clear-groups"),
-                        program} +
-                arguments,
-            environment, logFile);
-    }
-
     QString busAddress(QStringView name) const {
         return QStringLiteral("unix:path=") + runtime_.filePath(name + QStringLiteral("_bus"));
     }
@@ -262,10 +242,10 @@ private:
                 .toUtf8());
         file.close();
         ::chmod(config.toLocal8Bit().constData(), 0644);
-        auto daemon =
-            startAsUser(QStringLiteral("dbus-daemon"),
-                        {QStringLiteral("--config-file=") + config, QStringLiteral("--nofork")},
-                        environment_, logFile());
+        auto daemon = startAsSessionUser(
+            QStringLiteral("dbus-daemon"),
+            {QStringLiteral("--config-file=") + config, QStringLiteral("--nofork")}, environment_,
+            logFile());
         const QString socket = runtime_.filePath(name + QStringLiteral("_bus"));
         for (const QDeadlineTimer deadline(20'000); !QFile::exists(socket); QThread::msleep(50)) {
             if (deadline.hasExpired() || !daemon->isRunning()) {

@@ -99,6 +99,10 @@ std::unique_ptr<FocusedWindowSource> connectGnomeShell(const QDBusConnection& se
     auto desktop =
         GnomeDesktop::open({sessionBus, &catalog, QStringLiteral("/proc")}, connectFailure);
     if (desktop) {
+        if (!isInstalled) {
+            printDiagnostic(QStringLiteral("Cannot update Kivo's GNOME Shell extension: ") %
+                            installFailure);
+        }
         return desktop;
     }
     if (!isInstalled) {
