@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <numeric>
 
+#include "e2e/private_bus.h"
 #include "e2e/sway_session.h"
 #include "e2e/sway_terminal.h"
 #include "model/application_settings.h"
@@ -142,6 +143,8 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
 
 TEST(SwayRecordingTest, OnAWaylandDesktopItCannotReadSaysSoInOneLineAndNeverFallsBackToX11) {
     QTemporaryDir home;
+    test::PrivateBus sessionBus;
+    ASSERT_TRUE(sessionBus.isReady());
     const std::pair<const char*, const char*> cases[] = {
         {"sway", "cannot connect to the Wayland display"},
         // Kivo installs and enables its GNOME Shell extension, which the shell loads at login.
@@ -155,9 +158,9 @@ TEST(SwayRecordingTest, OnAWaylandDesktopItCannotReadSaysSoInOneLineAndNeverFall
                             QByteArray(), QString::fromLatin1(desktop));
         // An X display beside the Wayland one is XWayland's, which sees only X clients.
         environment.insert(QStringLiteral("DISPLAY"), QStringLiteral(":0"));
-        // No session bus: the GNOME case must not enable its extension in the settings of
-        // whoever runs the tests.
-        environment.remove(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"));
+        // A session bus of the test's own: the GNOME case must not enable its extension in the
+        // settings of whoever runs the tests.
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), sessionBus.address());
         ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment);
         ASSERT_TRUE(kivo.process().waitForFinished(30'000));
         EXPECT_NE(kivo.process().exitCode(), 0);

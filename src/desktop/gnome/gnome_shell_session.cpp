@@ -117,9 +117,13 @@ std::unique_ptr<FocusedWindowSource> connectGnomeShell(const QDBusConnection& se
                       .arg(enableFailure);
         return nullptr;
     }
-    failure = QStringLiteral(
-        "Kivo's GNOME Shell extension is installed and enabled, but GNOME Shell loads "
-        "extensions only when it starts: log out and in once");
+    failure = areShellExtensionsTurnedOff()
+                  ? QStringLiteral(
+                        "GNOME Shell's extensions are turned off: turn them on in the Extensions "
+                        "app, then log out and in once")
+                  : QStringLiteral(
+                        "Kivo's GNOME Shell extension is installed and enabled, but GNOME Shell "
+                        "loads extensions only when it starts: log out and in once");
     return nullptr;
 }
 

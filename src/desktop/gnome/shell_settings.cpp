@@ -81,4 +81,12 @@ bool enableShellExtension(const QString& uuid, QString& failure) {
     return true;
 }
 
+bool areShellExtensionsTurnedOff() {
+    QString ignoredFailure;
+    const auto value = runGsettings(
+        {QStringLiteral("get"), shellSchema, QStringLiteral("disable-user-extensions")},
+        ignoredFailure);
+    return value && value->trimmed() == u"true";
+}
+
 }  // namespace kivo

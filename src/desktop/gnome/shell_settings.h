@@ -16,4 +16,7 @@ QString formatStringArray(const QStringList& strings);
 // False, with the reason in `failure`, when the settings cannot be read or written.
 bool enableShellExtension(const QString& uuid, QString& failure);
 
+// Whether the user has turned all of GNOME Shell's extensions off, which no enabling overrides.
+bool areShellExtensionsTurnedOff();
+
 }  // namespace kivo

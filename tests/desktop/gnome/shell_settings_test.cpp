@@ -88,6 +88,13 @@ TEST_F(ShellSettingsToolTest, EnablesTheExtensionOnceAndKeepsTheUsersOthers) {
     }
 }
 
+TEST_F(ShellSettingsToolTest, TellsWhenTheUserTurnedAllExtensionsOff) {
+    EXPECT_FALSE(areShellExtensionsTurnedOff());
+    gsettings({QStringLiteral("set"), QStringLiteral("org.gnome.shell"),
+               QStringLiteral("disable-user-extensions"), QStringLiteral("true")});
+    EXPECT_TRUE(areShellExtensionsTurnedOff());
+}
+
 TEST_F(ShellSettingsToolTest, SaysWhyWhenTheSettingsCannotBeRead) {
     // Without the schema's folder, gsettings knows no GNOME Shell.
     const ScopedVariable schemas("GSETTINGS_SCHEMA_DIR", config_.path().toLocal8Bit());
