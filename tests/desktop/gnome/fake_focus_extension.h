@@ -136,29 +136,43 @@ public:
     explicit AnnouncementCounter(QDBusConnection bus) {
         bus.connect(QString(focusedWindowService), QString(focusedWindowPath),
                     QString(focusedWindowInterface), QStringLiteral("Changed"), this,
-                    SLOT(count()));
+                    SLOT(count(QString)));
     }
-
-    int received() const { return received_; }
 
     // Takes in events until `count` announcements have arrived; false after a generous deadline.
     bool waitFor(int count) const {
-        for (const QDeadlineTimer deadline(10'000); received_ < count;) {
+        return waitUntil([&] { return received_ >= count; });
+    }
+
+    // Takes in events until an announcement of `title` has arrived.
+    bool waitForTitle(const QString& title) const {
+        return waitUntil([&] { return lastTitle_ == title; });
+    }
+
+private Q_SLOTS:
+    void count(const QString& title) {
+        ++received_;
+        lastTitle_ = title;
+    }
+
+private:
+    template <class Condition>
+    static bool waitUntil(Condition isMet) {
+        for (const QDeadlineTimer deadline(10'000); !isMet();) {
             if (deadline.hasExpired()) {
                 return false;
             }
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
         }
-        // Any other receiver of the same message is served in the same round.
+        // The bus's thread hands the same message to each receiver in turn: a moment more lets
+        // every other receiver have it too.
+        QThread::msleep(5);
         QCoreApplication::processEvents();
         return true;
     }
 
-private Q_SLOTS:
-    void count() { ++received_; }
-
-private:
     int received_ = 0;
+    QString lastTitle_;
 };
 
 }  // namespace kivo::test
