@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include "desktop/gnome/scoped_variable.h"
+
 namespace kivo {
 namespace {
 
@@ -27,29 +29,6 @@ TEST(ShellSettingsTest, StringArraysSurviveTheWayGsettingsWritesThem) {
               QStringLiteral("['a@b', 'c@d']"));
 }
 
-// Sets an environment variable for the life of the object.
-class ScopedVariable {
-public:
-    ScopedVariable(const char* name, const QByteArray& value)
-        : name_(name), wasSet_(qEnvironmentVariableIsSet(name)), previous_(qgetenv(name)) {
-        qputenv(name, value);
-    }
-    ~ScopedVariable() {
-        if (wasSet_) {
-            qputenv(name_, previous_);
-        } else {
-            qunsetenv(name_);
-        }
-    }
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
-
-private:
-    const char* name_;
-    bool wasSet_;
-    QByteArray previous_;
-};
-
 // Against the real gsettings tool, with its file back end in a private folder.
 class ShellSettingsToolTest : public testing::Test {
 protected:
@@ -63,8 +42,8 @@ protected:
     }
 
     QTemporaryDir config_;
-    ScopedVariable backend_{"GSETTINGS_BACKEND", "keyfile"};
-    ScopedVariable configHome_{"XDG_CONFIG_HOME", config_.path().toLocal8Bit()};
+    test::ScopedVariable backend_{"GSETTINGS_BACKEND", "keyfile"};
+    test::ScopedVariable configHome_{"XDG_CONFIG_HOME", config_.path().toLocal8Bit()};
 };
 
 TEST_F(ShellSettingsToolTest, EnablesTheExtensionOnceAndKeepsTheUsersOthers) {
@@ -97,8 +76,8 @@ TEST_F(ShellSettingsToolTest, TellsWhenTheUserTurnedAllExtensionsOff) {
 
 TEST_F(ShellSettingsToolTest, SaysWhyWhenTheSettingsCannotBeRead) {
     // Without the schema's folder, gsettings knows no GNOME Shell.
-    const ScopedVariable schemas("GSETTINGS_SCHEMA_DIR", config_.path().toLocal8Bit());
-    const ScopedVariable dataFolders("XDG_DATA_DIRS", config_.path().toLocal8Bit());
+    const test::ScopedVariable schemas("GSETTINGS_SCHEMA_DIR", config_.path().toLocal8Bit());
+    const test::ScopedVariable dataFolders("XDG_DATA_DIRS", config_.path().toLocal8Bit());
     QString failure;
     EXPECT_FALSE(enableShellExtension(QStringLiteral("focus@kivo.app"), failure));
     EXPECT_TRUE(failure.startsWith(QLatin1String("gsettings failed"))) << failure.toStdString();
