@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "desktop/gnome/gnome_shell_session.h"
 #include "desktop/hyprland/hyprland_desktop.h"
 #include "desktop/kwin/kwin_desktop.h"
 #include "desktop/kwin/kwin_script_file.h"
@@ -69,6 +70,16 @@ DesktopChoice chooseKWinDesktop(const XdgApplicationCatalog& catalog) {
     return choice;
 }
 
+DesktopChoice chooseGnomeDesktop(const XdgApplicationCatalog& catalog) {
+    DesktopChoice choice;
+    choice.focusedWindow = connectGnomeShell(
+        QDBusConnection::sessionBus(), ExtensionFolders::ofThisKivo(), catalog, choice.failure);
+    if (!choice.focusedWindow) {
+        choice.failure = QStringLiteral("cannot record GNOME on Wayland yet: ") % choice.failure;
+    }
+    return choice;
+}
+
 }  // namespace
 
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
@@ -84,10 +95,10 @@ DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog) {
             return chooseHyprlandDesktop(session, catalog);
         case SessionKind::Wlroots:
             return chooseWlrootsDesktop(session, verdict.desktopName, catalog);
+        case SessionKind::Gnome:
+            return chooseGnomeDesktop(catalog);
         case SessionKind::Plasma:
             return chooseKWinDesktop(catalog);
-        case SessionKind::Gnome:
-            break;  // carries a failure until this build reads it
     }
     return {nullptr, verdict.failure};
 }

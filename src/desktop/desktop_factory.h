@@ -17,9 +17,9 @@ struct DesktopChoice {
 
 // The backend that reads the focused window in this session, chosen from the process
 // environment; it resolves windows against `catalog`, which must outlive it. Today that is the
-// X server named by DISPLAY when an EWMH window manager runs there; on Wayland, KWin through
-// Kivo's script on the session bus, Hyprland through its sockets, or any other compositor that
-// lists its toplevels with zwlr_foreign_toplevel_manager_v1.
+// X server named by DISPLAY when an EWMH window manager runs there; on Wayland, GNOME Shell
+// through Kivo's extension, KWin through Kivo's script on the session bus, Hyprland through its
+// sockets, or any other compositor that lists its toplevels with zwlr_foreign_toplevel_manager_v1.
 DesktopChoice chooseDesktop(const XdgApplicationCatalog& catalog);
 
 // Whether the user is at this session: logind's session of this process, the desktop's services

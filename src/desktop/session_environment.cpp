@@ -33,9 +33,6 @@ SessionVerdict classifySession(const SessionEnvironment& environment) {
     if (names("GNOME")) {
         verdict.kind = SessionKind::Gnome;
         verdict.desktopName = QStringLiteral("GNOME on Wayland");
-        verdict.failure = QStringLiteral(
-            "cannot record GNOME on Wayland yet: this Kivo has no GNOME Shell extension to read "
-            "the focused window; log in to a \"GNOME on Xorg\" session to record");
     } else if (names("KDE")) {
         verdict.kind = SessionKind::Plasma;
         verdict.desktopName = QStringLiteral("KDE Plasma on Wayland");

@@ -26,7 +26,7 @@ public:
     KWinSession() {
         const QByteArray runtime = runtime_.path().toLocal8Bit();
         if (!runtime_.isValid() || ::chmod(runtime.constData(), 0700) != 0 ||
-            (isRoot() && ::chown(runtime.constData(), unprivilegedUser, unprivilegedUser) != 0) ||
+            (isRoot() && ::chown(runtime.constData(), sessionUser, sessionUser) != 0) ||
             !prepareDataFolder() || !startBus()) {
             return;
         }
@@ -99,7 +99,7 @@ public:
     std::unique_ptr<ScopedProcess> startWaylandWindow(const QString& title) const {
         QProcessEnvironment environment = environment_;
         environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("wayland"));
-        return startAsSessionUser(windowProgram(), {QString::fromLatin1(windowAppId), title},
+        return startAsSessionUser(windowProgram(), {title, QString::fromLatin1(windowAppId)},
                                   environment, logFile());
     }
 

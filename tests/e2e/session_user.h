@@ -8,16 +8,15 @@
 
 namespace kivo::test {
 
-// Compositors refuse to run as root: as root, a test's compositor and its clients run as
-// "nobody".
-inline constexpr uid_t unprivilegedUser = 65534;
+// Compositors and desktop shells refuse to run as root: when the tests run as root, their
+// sessions run as "nobody".
+inline constexpr uid_t sessionUser = 65534;
 
 inline bool isRoot() {
     return ::geteuid() == 0;
 }
 
-// Starts `program` as the session's user (this process's own unless it is root), its output
-// going to `logFile`.
+// Starts `program` as the session's user.
 inline std::unique_ptr<ScopedProcess> startAsSessionUser(const QString& program,
                                                          const QStringList& arguments,
                                                          const QProcessEnvironment& environment,
@@ -28,9 +27,9 @@ inline std::unique_ptr<ScopedProcess> startAsSessionUser(const QString& program,
     // setpriv executes the program in its own place, so the process id stays the program's.
     return std::make_unique<ScopedProcess>(
         QStringLiteral("setpriv"),
-        QStringList{QStringLiteral("--reuid=%1").arg(unprivilegedUser),
-                    QStringLiteral("--regid=%1").arg(unprivilegedUser),
-                    QStringLiteral("--clear-groups"), program} +
+        QStringList{QStringLiteral("--reuid=%1").arg(sessionUser),
+                    QStringLiteral("--regid=%1").arg(sessionUser), QStringLiteral("--clear-groups"),
+                    program} +
             arguments,
         environment, logFile);
 }

@@ -13,7 +13,7 @@
 #include <QThread>
 #include <optional>
 
-#include "e2e/scoped_process.h"
+#include "e2e/session_user.h"
 
 namespace kivo::test {
 
@@ -23,7 +23,8 @@ class SwaySession {
 public:
     SwaySession() {
         if (!runtime_.isValid() || ::chmod(runtime_.path().toLocal8Bit().constData(), 0700) != 0 ||
-            (isRoot() && ::chown(runtime_.path().toLocal8Bit().constData(), nobody, nobody) != 0)) {
+            (isRoot() &&
+             ::chown(runtime_.path().toLocal8Bit().constData(), sessionUser, sessionUser) != 0)) {
             return;
         }
         QFile config(runtime_.filePath(QStringLiteral("config")));
@@ -38,7 +39,7 @@ public:
         compositor.insert(QStringLiteral("WLR_BACKENDS"), QStringLiteral("headless"));
         compositor.insert(QStringLiteral("WLR_LIBINPUT_NO_DEVICES"), QStringLiteral("1"));
         compositor.insert(QStringLiteral("WLR_RENDERER"), QStringLiteral("pixman"));
-        process_ = startAsUser(
+        process_ = startAsSessionUser(
             QStringLiteral("dbus-run-session"),
             {QStringLiteral("--"), QStringLiteral("sway"), QStringLiteral("-c"), config.fileName()},
             compositor, logFile());
@@ -85,7 +86,7 @@ public:
     // Starts `program` as the session's user, its output going to the session log.
     std::unique_ptr<ScopedProcess> startClient(const QString& program,
                                                const QStringList& arguments) const {
-        return startAsUser(program, arguments, environment_, logFile());
+        return startAsSessionUser(program, arguments, environment_, logFile());
     }
 
     // Runs swaymsg with `arguments`; its output, or nothing when it failed.
@@ -141,27 +142,6 @@ public:
     }
 
 private:
-    static constexpr uid_t nobody = 65534;
-
-    static bool isRoot() { return ::geteuid() == 0; }
-
-    static std::unique_ptr<ScopedProcess> startAsUser(const QString& program,
-                                                      const QStringList& arguments,
-                                                      const QProcessEnvironment& environment,
-                                                      const QString& logFile) {
-        if (!isRoot()) {
-            return std::make_unique<ScopedProcess>(program, arguments, environment, logFile);
-        }
-        // setpriv executes the program in its own place, so the process id stays the program's.
-        return std::make_unique<ScopedProcess>(
-            QStringLiteral("setpriv"),
-            QStringList{QStringLiteral("--reuid=%1").arg(nobody),
-                        QStringLiteral("--regid=%1").arg(nobody), QStringLiteral("--clear-groups"),
-                        program} +
-                arguments,
-            environment, logFile);
-    }
-
     static std::optional<QJsonObject> focusedNode(const QJsonObject& node) {
         if (node.value(QLatin1String("focused")).toBool()) {
             return node;

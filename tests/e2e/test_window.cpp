@@ -1,6 +1,6 @@
-// A window for the Wayland end-to-end tests: `kivo-e2e-window APP_ID TITLE` shows a window whose
-// app id (the desktop file name Qt announces) is APP_ID and whose title is TITLE; each line on
-// standard input becomes its new title, and the end of the input closes it.
+// A window for the Wayland tests: `kivo-e2e-window TITLE APP_ID` shows a window with that title
+// and application ID (the Wayland app_id, or the WM_CLASS class under X11); each line on standard
+// input becomes its new title, and the end of input closes it.
 #include <unistd.h>
 
 #include <QGuiApplication>
@@ -10,34 +10,34 @@
 
 namespace {
 
-class PlainWindow final : public QRasterWindow {
+class TestWindow final : public QRasterWindow {
 protected:
     void paintEvent(QPaintEvent*) override {
-        QPainter(this).fillRect(QRect(QPoint(), size()), Qt::white);
+        QPainter(this).fillRect(QRect(QPoint(), size()), Qt::darkCyan);
     }
 };
 
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    QGuiApplication application(argc, argv);
-    const QStringList arguments = QGuiApplication::arguments();
-    if (arguments.size() != 3) {
+    if (argc != 3) {
         return 2;
     }
-    QGuiApplication::setDesktopFileName(arguments.at(1));
-    PlainWindow window;
-    window.setTitle(arguments.at(2));
-    window.resize(320, 240);
+    const QString appId = QString::fromLocal8Bit(argv[2]);
+    QCoreApplication::setApplicationName(appId);
+    QGuiApplication application(argc, argv);
+    QGuiApplication::setDesktopFileName(appId);
+    TestWindow window;
+    window.setTitle(QString::fromLocal8Bit(argv[1]));
+    window.resize(320, 200);
     window.show();
 
-    QByteArray pending;
     QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QByteArray pending;
     QObject::connect(&input, &QSocketNotifier::activated, [&] {
-        char buffer[1024];
+        char buffer[512];
         const ssize_t received = ::read(STDIN_FILENO, buffer, sizeof buffer);
         if (received <= 0) {
-            input.setEnabled(false);
             QGuiApplication::quit();
             return;
         }
