@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "five_year_store.h"
+#include "model/local_day.h"
 #include "model/record_store.h"
 #include "reports/activity_list.h"
 #include "reports/rule_preview.h"
@@ -28,35 +29,47 @@ Fixture& fixture() {
     return instance;
 }
 
-// What the list shows for the last month with every tag counted: listing, grouping and the
-// hourly histogram.
-void monthList(benchmark::State& state) {
+// What the list shows for the last month or year with every tag counted: reading, grouping
+// and the hourly histogram.
+void rangeList(benchmark::State& state) {
     auto& f = fixture();
     ActivityListQuery query;
-    query.minDate = lastDay.addDays(-29);
+    query.minDate = lastDay.addDays(1 - state.range(0));
     query.maxDate = lastDay;
     for (const Filter& filter : f.filters) {
         query.countedFilters.insert(filter.id);
     }
     std::size_t groups = 0;
+    std::size_t entries = 0;
     for (auto _ : state) {
         const ActivityList list = listActivities(*f.store, query);
         groups = list.groups.size();
+        entries = 0;
+        for (const ActivityGroup& group : list.groups) {
+            entries += group.entries.size();
+        }
         benchmark::DoNotOptimize(list.minutesPerHour);
     }
     state.counters["groups"] = static_cast<double>(groups);
+    state.counters["entries"] = static_cast<double>(entries);
 }
-BENCHMARK(monthList)->Unit(benchmark::kMillisecond);
+BENCHMARK(rangeList)->Arg(30)->Arg(365)->Unit(benchmark::kMillisecond);
 
-// The store's share of the listing.
-void monthFetch(benchmark::State& state) {
+// The store's share of the listing: stepping through the same rows without grouping them.
+void rangeRead(benchmark::State& state) {
     auto& f = fixture();
+    const DayRange days = localDays(lastDay.addDays(1 - state.range(0)), lastDay);
     for (auto _ : state) {
-        benchmark::DoNotOptimize(
-            activitiesStartedWithin(*f.store, lastDay.addDays(-29), lastDay).size());
+        std::int64_t seconds = 0;
+        f.store->read(
+            "SELECT id, projectId, filterId, appName, appBundleId, title, url, domainName, "
+            "duration, startAt, endAt FROM Activity WHERE isDeleted = 0 AND startAt >= ? AND "
+            "startAt < ? ORDER BY startAt",
+            {days.begin, days.end}, [&seconds](const RowCells& row) { seconds += row.integer(8); });
+        benchmark::DoNotOptimize(seconds);
     }
 }
-BENCHMARK(monthFetch)->Unit(benchmark::kMillisecond);
+BENCHMARK(rangeRead)->Arg(30)->Arg(365)->Unit(benchmark::kMillisecond);
 
 // A title rule tried on a year of the busiest tag's activities, that tag standing in for the
 // unassigned time.

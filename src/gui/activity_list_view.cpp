@@ -23,6 +23,7 @@
 #include <cmath>
 
 #include "gui/activity_list_model.h"
+#include "gui/activity_lister.h"
 #include "gui/chart_style.h"
 #include "gui/icons.h"
 #include "gui/rule_preview_dialog.h"
@@ -195,7 +196,13 @@ ActivityListView::ActivityListView(RecordStore& store, const Clock& clock,
     layout->addWidget(splitter, 1);
     updateHistogram();
     updateButtons();
+
+    lister_ = std::make_unique<ActivityLister>(
+        store.path(), [this](ActivityList list) { show(std::move(list)); },
+        [this](const QString& reason) { showFailure(reason); });
 }
+
+ActivityListView::~ActivityListView() = default;
 
 QToolButton* ActivityListView::actionButton(const QString& text, const QString& name,
                                             const QString& icon) {
@@ -223,7 +230,17 @@ void ActivityListView::resizeEvent(QResizeEvent* event) {
 void ActivityListView::refresh(const ActivityListQuery& query, const ReportSelection& selection) {
     query_ = query;
     selection_ = selection;
+    // A quiet hint that the rows are about to change.
+    totalLabel_->setEnabled(false);
+    lister_->request(query_);
+}
 
+bool ActivityListView::isListing() const {
+    return lister_->isListing();
+}
+
+void ActivityListView::show(ActivityList list) {
+    // The selection as it is now: the user may have changed it while the list was computed.
     QSet<QString> selectedKeys;
     for (const QModelIndex& row : list_->selectionModel()->selectedRows()) {
         if (!row.parent().isValid()) {
@@ -232,9 +249,10 @@ void ActivityListView::refresh(const ActivityListQuery& query, const ReportSelec
     }
     const int scroll = list_->verticalScrollBar()->value();
 
-    shown_ = listActivities(store_, query_);
-    model_->setNames(selection.tagNames, selection.projectNames);
-    model_->setGroups(shown_.groups);
+    minutesPerHour_ = list.minutesPerHour;
+    durationTotal_ = list.durationTotal;
+    model_->setNames(selection_.tagNames, selection_.projectNames);
+    model_->setGroups(std::move(list.groups));
     if (model_->isShowTimeEntries()) {
         list_->expandAll();
     }
@@ -247,11 +265,20 @@ void ActivityListView::refresh(const ActivityListQuery& query, const ReportSelec
     }
     list_->selectionModel()->select(kept, QItemSelectionModel::ClearAndSelect);
     list_->verticalScrollBar()->setValue(scroll);
+    totalLabel_->setEnabled(true);
     totalLabel_->setText(QStringLiteral("%1 rows, %2")
-                             .arg(shown_.groups.size())
-                             .arg(formatDurationLabel(shown_.durationTotal).trimmed()));
+                             .arg(model_->groups().size())
+                             .arg(formatDurationLabel(durationTotal_).trimmed()));
     updateHistogram();
     updateButtons();
+    Q_EMIT listed();
+}
+
+void ActivityListView::showFailure(const QString& reason) {
+    // The rows shown before stay: they are what the actions act on.
+    totalLabel_->setEnabled(true);
+    totalLabel_->setText(QStringLiteral("The activities could not be read: %1").arg(reason));
+    Q_EMIT listed();
 }
 
 void ActivityListView::setIsShowTimeEntries(bool value) {
@@ -376,7 +403,7 @@ void ActivityListView::fillTagMenu(QMenu& menu,
 void ActivityListView::updateHistogram() {
     QList<qreal> minutes;
     double highest = 0.0;
-    for (const double value : shown_.minutesPerHour) {
+    for (const double value : minutesPerHour_) {
         minutes.append(value);
         highest = std::max(highest, value);
     }

@@ -4,7 +4,10 @@
 #include <QHash>
 #include <QIcon>
 #include <QWidget>
+#include <array>
+#include <cstdint>
 #include <functional>
+#include <memory>
 
 #include "reports/activity_list.h"
 #include "tree/report_selection.h"
@@ -22,6 +25,7 @@ QT_END_NAMESPACE
 namespace kivo {
 
 class ActivityListModel;
+class ActivityLister;
 class Clock;
 class RecordStore;
 
@@ -34,10 +38,14 @@ class ActivityListView : public QWidget {
 public:
     ActivityListView(RecordStore& store, const Clock& clock, const QHash<QString, QIcon>& icons,
                      QWidget* parent = nullptr);
+    ~ActivityListView() override;
 
-    // Lists the activities of `query`, naming tags and projects as the tree does. The selected
-    // groups and the scroll position stay where the rows still exist.
+    // Lists the activities of `query` in the background, naming tags and projects as the tree
+    // does; the rows shown until then stay, and so do the actions on them. When the list comes
+    // (listed()), the selected groups and the scroll position stay where the rows still exist.
     void refresh(const ActivityListQuery& query, const ReportSelection& selection);
+    // Whether the newest refresh's list has yet to come.
+    bool isListing() const;
 
     void setIsShowTimeEntries(bool value);
     bool isShowTimeEntries() const;
@@ -46,7 +54,7 @@ public:
     ActivityListModel& model() const { return *model_; }
     QTreeView& list() const { return *list_; }
     QChartView& histogram() const { return *histogram_; }
-    const ActivityList& shown() const { return shown_; }
+    std::int64_t durationTotal() const { return durationTotal_; }
 
     // The activities of the selected rows (a group row stands for all its entries).
     std::vector<QUuid> selectedActivityIds() const;
@@ -70,8 +78,12 @@ Q_SIGNALS:
     void createFilterRequested(const kivo::Filter& prefilled);
     void isShowTimeEntriesToggled(bool value);
     void isDetailUnifiedToggled(bool value);
+    // The newest refresh's list is shown (or could not be read, which the total then says).
+    void listed();
 
 private:
+    void show(ActivityList list);
+    void showFailure(const QString& reason);
     void showPreview(QUuid filterId, bool onlyWhenSomethingMoves);
     QToolButton* actionButton(const QString& text, const QString& name, const QString& icon);
     void fillTagMenu(QMenu& menu, const std::function<void(QUuid, QUuid)>& onChosen) const;
@@ -95,7 +107,9 @@ private:
     QToolButton* unifiedToggle_ = nullptr;
     ActivityListQuery query_;
     ReportSelection selection_;
-    ActivityList shown_;
+    std::array<double, 24> minutesPerHour_{};
+    std::int64_t durationTotal_ = 0;
+    std::unique_ptr<ActivityLister> lister_;  // last, so that it stops before the rest goes
 };
 
 }  // namespace kivo

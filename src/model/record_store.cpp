@@ -300,6 +300,10 @@ QString RecordStore::defaultPath() {
     return dataHome + u"/Kivo/kivo.sqlite";
 }
 
+QString RecordStore::path() const {
+    return QString::fromStdString(database_->getFilename());
+}
+
 std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
     try {
         int flags = SQLite::OPEN_READONLY;

@@ -90,6 +90,9 @@ public:
     // $XDG_DATA_HOME/Kivo/kivo.sqlite, by default ~/.local/share/Kivo/kivo.sqlite.
     static QString defaultPath();
 
+    // The file this store was opened from, for another thread to open a connection of its own.
+    QString path() const;
+
     ~RecordStore();
     RecordStore(const RecordStore&) = delete;
     RecordStore& operator=(const RecordStore&) = delete;

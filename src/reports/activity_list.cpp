@@ -1,13 +1,13 @@
 #include "reports/activity_list.h"
 
 #include <QDateTime>
-#include <QHash>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "model/checked_arithmetic.h"
 #include "model/local_day.h"
@@ -19,16 +19,6 @@ namespace {
 
 constexpr double secondsPerHour = 3600.0;
 constexpr double secondsPerDay = 24 * secondsPerHour;
-
-bool isSelected(const QStringList& selections, const QString& key) {
-    return selections.isEmpty() || selections.contains(key);
-}
-
-bool isSelected(const QStringList& selections, const QUuid& key) {
-    return selections.isEmpty() ||
-           std::any_of(selections.begin(), selections.end(),
-                       [&key](const QString& text) { return QUuid::fromString(text) == key; });
-}
 
 // The offset of local time from UTC, asked of the time zone once per quarter hour of the
 // range: zones change their offsets only at such boundaries, and asking per activity would cost
@@ -51,16 +41,16 @@ private:
 
 // Spreads the activity's seconds over the hours of the day from its start on. Whole days (a
 // record that claims more than a day) count in every hour alike.
-void addToHistogram(std::array<double, 24>& minutesPerHour, LocalOffsets& offsets,
-                    const Activity& activity) {
-    if (activity.duration <= 0) {
+void addToHistogram(std::array<double, 24>& minutesPerHour, LocalOffsets& offsets, Instant startAt,
+                    std::int64_t duration) {
+    if (duration <= 0) {
         return;
     }
-    const double local = offsets.localSeconds(toEpochSeconds(activity.startAt));
+    const double local = offsets.localSeconds(toEpochSeconds(startAt));
     const double secondOfDay = local - std::floor(local / secondsPerDay) * secondsPerDay;
     auto hour = static_cast<int>(secondOfDay / secondsPerHour) % 24;
     double intoHour = secondOfDay - hour * secondsPerHour;
-    double left = static_cast<double>(activity.duration);
+    double left = static_cast<double>(duration);
     const double wholeDays = std::floor(left / secondsPerDay);
     if (wholeDays > 0) {
         for (double& minutes : minutesPerHour) {
@@ -77,19 +67,6 @@ void addToHistogram(std::array<double, 24>& minutesPerHour, LocalOffsets& offset
     }
 }
 
-struct GroupKey {
-    QString appBundleId;
-    QString title;
-    QString url;
-    QUuid filterId;
-
-    friend bool operator==(const GroupKey&, const GroupKey&) = default;
-};
-
-size_t qHash(const GroupKey& key, size_t seed = 0) {
-    return qHashMulti(seed, key.appBundleId, key.title, key.url, key.filterId);
-}
-
 struct TextHash {
     using is_transparent = void;
     std::size_t operator()(std::string_view text) const {
@@ -97,25 +74,34 @@ struct TextHash {
     }
 };
 
-// Hands out one shared value per distinct stored text: a month repeats the same applications,
+template <class Value>
+struct QtHash {
+    std::size_t operator()(const Value& value) const { return qHash(value); }
+};
+
+// Hands out one shared value per distinct stored text: a range repeats the same applications,
 // tags, titles and addresses thousands of times, and converting each anew was most of the cost
-// of reading them.
+// of reading them. Texts that convert to equal values (an id in capitals, a title whose broken
+// bytes decode alike) share one value too, and every value keeps its address for the whole
+// read, so values can be compared and hashed by address.
 template <class Value, class Convert>
 class Interned {
 public:
     explicit Interned(Convert convert) : convert_(convert) {}
 
     const Value& operator()(std::string_view text) {
-        auto found = values_.find(text);
-        if (found == values_.end()) {
-            found = values_.emplace(std::string(text), convert_(text)).first;
+        auto found = byText_.find(text);
+        if (found == byText_.end()) {
+            const Value& value = *values_.insert(convert_(text)).first;
+            found = byText_.emplace(std::string(text), &value).first;
         }
-        return found->second;
+        return *found->second;
     }
 
 private:
     Convert convert_;
-    std::unordered_map<std::string, Value, TextHash, std::equal_to<>> values_;
+    std::unordered_set<Value, QtHash<Value>> values_;
+    std::unordered_map<std::string, const Value*, TextHash, std::equal_to<>> byText_;
 };
 
 QString textOf(std::string_view text) {
@@ -126,89 +112,129 @@ QUuid uuidOf(std::string_view text) {
     return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
 }
 
+QSet<QUuid> uuidsOf(const QStringList& texts) {
+    QSet<QUuid> uuids;
+    for (const QString& text : texts) {
+        uuids.insert(QUuid::fromString(text));
+    }
+    return uuids;
+}
+
+template <class Key>
+bool isSelected(const QSet<Key>& selections, const Key& key) {
+    return selections.isEmpty() || selections.contains(key);
+}
+
+// The shared values of one group's application, title, address and tag.
+struct GroupKey {
+    const QString* appBundleId;
+    const QString* title;
+    const QString* url;
+    const QUuid* filterId;
+
+    friend bool operator==(const GroupKey&, const GroupKey&) = default;
+};
+
+// Addresses of neighbouring values differ in few bits: they need Qt's mixing hash, or equal
+// buckets pile up.
+struct GroupKeyHash {
+    std::size_t operator()(const GroupKey& key) const {
+        return qHashMulti(
+            0, reinterpret_cast<quintptr>(key.appBundleId), reinterpret_cast<quintptr>(key.title),
+            reinterpret_cast<quintptr>(key.url), reinterpret_cast<quintptr>(key.filterId));
+    }
+};
+
+// Groups the activities row by row as the store hands them over, earliest first, so that a
+// long range never holds more than its groups and their entries.
+class ActivityGrouper {
+public:
+    explicit ActivityGrouper(const ActivityListQuery& query)
+        : query_(query),
+          applications_(query.applicationSelections.begin(), query.applicationSelections.end()),
+          websites_(query.websiteSelections.begin(), query.websiteSelections.end()),
+          filters_(uuidsOf(query.filterSelections)),
+          projects_(uuidsOf(query.projectSelections)) {}
+
+    // Columns: id, projectId, filterId, appName, appBundleId, title, url, domainName, duration,
+    // startAt, endAt.
+    void add(const RowCells& row) {
+        const std::int64_t duration = row.integer(8);
+        if (static_cast<double>(duration) < query_.minimumDuration) {
+            return;
+        }
+        const QUuid& filterId = uuid_(row.text(2));
+        const QString& appBundleId = text_(row.text(4));
+        const QString& domainName = text_(row.text(7));
+        const QUuid& projectId = uuid_(row.text(1));
+        if (!query_.countedFilters.contains(filterId) || !isSelected(applications_, appBundleId) ||
+            !isSelected(websites_, domainName) || !isSelected(filters_, filterId) ||
+            !isSelected(projects_, projectId)) {
+            return;
+        }
+        const QString& title = text_(row.text(5));
+        const QString& url = text_(row.text(6));
+        if (!query_.searchText.isEmpty() &&
+            !title.contains(query_.searchText, Qt::CaseInsensitive) &&
+            !url.contains(query_.searchText, Qt::CaseInsensitive)) {
+            return;
+        }
+        const auto [found, isNew] = groupOf_.try_emplace(
+            GroupKey{&appBundleId, &title, &url, &filterId}, list_.groups.size());
+        if (isNew) {
+            list_.groups.push_back({text_(row.text(3)),
+                                    appBundleId,
+                                    title,
+                                    url,
+                                    domainName,
+                                    projectId,
+                                    filterId,
+                                    0,
+                                    {}});
+        }
+        ActivityGroup& group = list_.groups[found->second];
+        const Instant startAt = fromEpochSeconds(row.real(9));
+        group.duration = checkedAdd(group.duration, duration);
+        group.entries.push_back(
+            {uuidOf(row.text(0)), startAt, fromEpochSeconds(row.real(10)), duration});
+        list_.durationTotal = checkedAdd(list_.durationTotal, duration);
+        addToHistogram(list_.minutesPerHour, offsets_, startAt, duration);
+    }
+
+    ActivityList finish() && {
+        std::stable_sort(
+            list_.groups.begin(), list_.groups.end(),
+            [](const ActivityGroup& a, const ActivityGroup& b) { return a.duration > b.duration; });
+        return std::move(list_);
+    }
+
+private:
+    const ActivityListQuery& query_;
+    QSet<QString> applications_;
+    QSet<QString> websites_;
+    QSet<QUuid> filters_;
+    QSet<QUuid> projects_;
+    Interned<QString, QString (*)(std::string_view)> text_{&textOf};
+    Interned<QUuid, QUuid (*)(std::string_view)> uuid_{&uuidOf};
+    std::unordered_map<GroupKey, std::size_t, GroupKeyHash> groupOf_;
+    LocalOffsets offsets_;
+    ActivityList list_;
+};
+
 }  // namespace
 
-std::vector<Activity> activitiesStartedWithin(RecordStore& store, QDate first, QDate last) {
-    std::vector<Activity> activities;
-    if (last < first) {
-        return activities;
+ActivityList listActivities(RecordStore& store, const ActivityListQuery& query) {
+    if (query.maxDate < query.minDate) {
+        return {};
     }
-    const DayRange days = localDays(first, last);
-    Interned<QString, QString (*)(std::string_view)> text(&textOf);
-    Interned<QUuid, QUuid (*)(std::string_view)> uuid(&uuidOf);
+    const DayRange days = localDays(query.minDate, query.maxDate);
+    ActivityGrouper grouper(query);
     store.read(
         "SELECT id, projectId, filterId, appName, appBundleId, title, url, domainName, duration, "
         "startAt, endAt FROM Activity WHERE isDeleted = 0 AND startAt >= ? AND startAt < ? "
         "ORDER BY startAt",
-        {days.begin, days.end}, [&](const RowCells& row) {
-            Activity& activity = activities.emplace_back();
-            activity.id = uuidOf(row.text(0));
-            activity.projectId = uuid(row.text(1));
-            activity.filterId = uuid(row.text(2));
-            activity.appName = text(row.text(3));
-            activity.appBundleId = text(row.text(4));
-            activity.title = text(row.text(5));
-            activity.url = text(row.text(6));
-            activity.domainName = text(row.text(7));
-            activity.duration = row.integer(8);
-            activity.startAt = fromEpochSeconds(row.real(9));
-            activity.endAt = fromEpochSeconds(row.real(10));
-        });
-    return activities;
-}
-
-bool isActivityShown(const Activity& activity, const ActivityListQuery& query) {
-    if (static_cast<double>(activity.duration) < query.minimumDuration ||
-        !query.countedFilters.contains(activity.filterId) ||
-        !isSelected(query.applicationSelections, activity.appBundleId) ||
-        !isSelected(query.websiteSelections, activity.domainName) ||
-        !isSelected(query.filterSelections, activity.filterId) ||
-        !isSelected(query.projectSelections, activity.projectId)) {
-        return false;
-    }
-    return query.searchText.isEmpty() ||
-           activity.title.contains(query.searchText, Qt::CaseInsensitive) ||
-           activity.url.contains(query.searchText, Qt::CaseInsensitive);
-}
-
-ActivityList groupActivities(const std::vector<Activity>& activities,
-                             const ActivityListQuery& query) {
-    ActivityList list;
-    QHash<GroupKey, std::size_t> groupOf;
-    groupOf.reserve(static_cast<qsizetype>(activities.size()));
-    LocalOffsets offsets;
-    for (const Activity& activity : activities) {
-        if (!isActivityShown(activity, query)) {
-            continue;
-        }
-        const GroupKey key{activity.appBundleId, activity.title, activity.url, activity.filterId};
-        auto found = groupOf.find(key);
-        if (found == groupOf.end()) {
-            found = groupOf.insert(key, list.groups.size());
-            list.groups.push_back({activity.appName,
-                                   activity.appBundleId,
-                                   activity.title,
-                                   activity.url,
-                                   activity.domainName,
-                                   activity.projectId,
-                                   activity.filterId,
-                                   0,
-                                   {}});
-        }
-        ActivityGroup& group = list.groups[found.value()];
-        group.duration = checkedAdd(group.duration, activity.duration);
-        group.entries.push_back({activity.id, activity.startAt, activity.endAt, activity.duration});
-        list.durationTotal = checkedAdd(list.durationTotal, activity.duration);
-        addToHistogram(list.minutesPerHour, offsets, activity);
-    }
-    std::stable_sort(
-        list.groups.begin(), list.groups.end(),
-        [](const ActivityGroup& a, const ActivityGroup& b) { return a.duration > b.duration; });
-    return list;
-}
-
-ActivityList listActivities(RecordStore& store, const ActivityListQuery& query) {
-    return groupActivities(activitiesStartedWithin(store, query.minDate, query.maxDate), query);
+        {days.begin, days.end}, [&grouper](const RowCells& row) { grouper.add(row); });
+    return std::move(grouper).finish();
 }
 
 Filter filterPrefilledFrom(const ActivityGroup& group, QUuid projectId, Instant now) {

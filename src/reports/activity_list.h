@@ -61,15 +61,7 @@ struct ActivityList {
     std::int64_t durationTotal = 0;
 };
 
-// The live activities that started within the local days `first` to `last`, earliest first,
-// with the fields the list shows (not their record dates).
-std::vector<Activity> activitiesStartedWithin(RecordStore& store, QDate first, QDate last);
-
-bool isActivityShown(const Activity& activity, const ActivityListQuery& query);
-
-ActivityList groupActivities(const std::vector<Activity>& activities,
-                             const ActivityListQuery& query);
-
+// The live activities that started within the query's local days and that it shows, grouped.
 ActivityList listActivities(RecordStore& store, const ActivityListQuery& query);
 
 // A new tag made from a row: the row's application, and its domain as the address keyword for a

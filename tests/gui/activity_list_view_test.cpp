@@ -6,11 +6,14 @@
 #include <QLineEdit>
 #include <QSignalSpy>
 #include <QStackedWidget>
+#include <QTemporaryDir>
+#include <QTest>
 #include <QToolButton>
 #include <QTreeView>
 
 #include "capture/daily_totals.h"
 #include "gui/activity_list_model.h"
+#include "gui/activity_lister.h"
 #include "gui/rule_preview_dialog.h"
 #include "gui/window_harness.h"
 #include "model/application_settings.h"
@@ -61,7 +64,8 @@ struct ActivityWindow : test::WindowHarness {
         addToDailyTotals(*store, activity, clock.now());
     }
 
-    QStringList rows() const {
+    QStringList rows() {
+        waitForActivityList();
         QStringList shown;
         auto& model = window->activityList().model();
         for (int row = 0; row < model.rowCount(); ++row) {
@@ -139,6 +143,7 @@ TEST(ActivityListView, UnifiedDetailShowsTheListAloneAndIsRemembered) {
 
     window.findChild<QToolButton*>(u"isShowTimeEntries"_qs)->click();
     h.selectInTree({h.s.code.id});
+    h.waitForActivityList();
     auto& model = window.activityList().model();
     EXPECT_EQ(model.rowCount(model.index(0, 0)), 1);
 }
@@ -166,6 +171,86 @@ TEST(ActivityListView, SavedRulesOfferPastTimeOnlyWhenTheyAcceptSome) {
     window.activityList().offerPastTime(docs.id);
     ASSERT_EQ(dialogs(), 1);
     EXPECT_EQ(window.findChild<RulePreviewDialog*>()->preview().durationTotal, 600);
+}
+
+QStringList groupTitles(const ActivityListView& view) {
+    QStringList titles;
+    for (const ActivityGroup& group : view.model().groups()) {
+        titles << group.title;
+    }
+    return titles;
+}
+
+// A list view of its own, without a window that might refresh it too.
+struct LoneView : ActivityWindow {
+    LoneView() {
+        record(s.code, u"main.cpp"_qs, 1200, 9);
+        record(s.mail, u"inbox"_qs, 300, 11);
+        store->save();
+        view = std::make_unique<ActivityListView>(*store, clock, icons);
+    }
+
+    ActivityListQuery only(const Filter& filter) const {
+        ActivityListQuery query;
+        query.minDate = today;
+        query.maxDate = today;
+        query.countedFilters = {filter.id};
+        return query;
+    }
+
+    void waitForList() const {
+        QSignalSpy listed(view.get(), &ActivityListView::listed);
+        while (view->isListing()) {
+            ASSERT_TRUE(listed.wait(30'000)) << "the activity list never came";
+        }
+    }
+
+    QHash<QString, QIcon> icons;
+    std::unique_ptr<ActivityListView> view;
+};
+
+TEST(ActivityListView, OnlyTheNewestRefreshIsShownAndOldRowsStayUntilItComes) {
+    LoneView h;
+    h.view->refresh(h.only(h.s.code), {});
+    h.waitForList();
+    ASSERT_EQ(groupTitles(*h.view), QStringList{u"main.cpp"_qs});
+
+    QSignalSpy listed(h.view.get(), &ActivityListView::listed);
+    for (int round = 0; round < 10; ++round) {
+        h.view->refresh(h.only(h.s.code), {});
+        h.view->refresh(h.only(h.s.mail), {});
+        EXPECT_EQ(groupTitles(*h.view), QStringList{u"main.cpp"_qs}) << "round " << round;
+    }
+    EXPECT_TRUE(h.view->isListing());
+    h.waitForList();
+    EXPECT_EQ(listed.size(), 1) << "an overtaken refresh was shown";
+    EXPECT_EQ(groupTitles(*h.view), QStringList{u"inbox"_qs});
+    EXPECT_EQ(h.view->durationTotal(), 300);
+}
+
+TEST(ActivityListView, ClosesSafelyWhileAListIsComputed) {
+    LoneView h;
+    for (int round = 0; round < 3; ++round) {
+        h.view->refresh(h.only(h.s.code), {});
+    }
+    EXPECT_TRUE(h.view->isListing());
+    h.view.reset();
+    QCoreApplication::processEvents();  // an answer already on its way must find nobody
+}
+
+TEST(ActivityLister, AStoreThatCannotBeReadIsReportedInsteadOfListed) {
+    QTemporaryDir folder;
+    QString reason;
+    int listings = 0;
+    ActivityLister lister(
+        folder.filePath(u"missing/kivo.sqlite"_qs), [&](ActivityList) { ++listings; },
+        [&](const QString& why) { reason = why; });
+    ActivityListQuery query;
+    query.minDate = query.maxDate = QDate(2026, 3, 11);
+    lister.request(query);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !lister.isListing(); }, 30'000));
+    EXPECT_FALSE(reason.isEmpty());
+    EXPECT_EQ(listings, 0);
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
 #include <QTreeView>
 #include <memory>
 
 #include "capture/recorder.h"
+#include "gui/activity_list_view.h"
 #include "gui/main_window.h"
 #include "gui/project_tree_item_model.h"
 #include "gui/sidebar_view.h"
@@ -27,6 +31,18 @@ struct WindowHarness {
     MainWindow& showWindow() {
         makeWindow().show();
         return *window;
+    }
+
+    // Until the activity list shows what its newest refresh asked for.
+    void waitForActivityList() {
+        ActivityListView& view = window->activityList();
+        QSignalSpy listed(&view, &ActivityListView::listed);
+        while (view.isListing()) {
+            if (!listed.wait(30'000)) {
+                ADD_FAILURE() << "the activity list never came";
+                return;
+            }
+        }
     }
 
     // Selects the tree rows of these ids (root, projects, tags) as a user's clicks would.

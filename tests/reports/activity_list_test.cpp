@@ -1,5 +1,6 @@
 #include "reports/activity_list.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
 #include <gtest/gtest.h>
 
 #include <QUrl>
@@ -150,6 +151,50 @@ TEST(ActivityList, GroupsByApplicationTitleAddressAndTagLongestFirst) {
     query.minimumDuration = 200;
     EXPECT_EQ(titles(listActivities(*h.store, query)),
               (QStringList{u"main.cpp 2x500"_qs, u"notes 1x450"_qs}));
+}
+
+TEST(ActivityList, TheEarliestRowNamesItsGroupAndEqualGroupsKeepTheirFirstAppearance) {
+    ActivityStore h;
+    const QDate day = h.today;
+    // Written out of order: the list goes by when rows started, not by when they were written.
+    h.record(h.s.code, editor, u"alpha"_qs, {}, 120, localMoment(day, 13));
+    Activity later = h.record(h.s.code, editor, u"main.cpp"_qs, {}, 60, localMoment(day, 10));
+    later.appName = u"Renamed Editor"_qs;
+    later.projectId = h.s.home.id;
+    h.store->update(later);
+    h.store->save();
+    const Activity earlier =
+        h.record(h.s.code, editor, u"main.cpp"_qs, {}, 60, localMoment(day, 9));
+    h.record(h.s.code, editor, u"zeta"_qs, {}, 120, localMoment(day, 8));
+
+    const ActivityList list = listActivities(*h.store, h.everything());
+    EXPECT_EQ(titles(list),
+              (QStringList{u"zeta 1x120"_qs, u"main.cpp 2x120"_qs, u"alpha 1x120"_qs}));
+    const ActivityGroup& group = list.groups[1];
+    EXPECT_EQ(group.appName, earlier.appName);
+    EXPECT_EQ(group.projectId, earlier.projectId);
+    EXPECT_EQ(idsOf(group), (std::vector<QUuid>{earlier.id, later.id}));
+}
+
+TEST(ActivityList, RowsAnotherToolWroteInOtherSpellingsShareTheirGroup) {
+    ActivityStore h;
+    const QDate day = h.today;
+    h.record(h.s.code, editor, u"main.cpp"_qs, {}, 60, localMoment(day, 9));
+    h.record(h.s.code, editor, u"main.cpp"_qs, {}, 40, localMoment(day, 10));
+    h.record(h.s.code, editor, u"caf\u00e9"_qs, {}, 30, localMoment(day, 11));
+    h.record(h.s.code, editor, u"caf\u00e9"_qs, {}, 20, localMoment(day, 12));
+    {
+        SQLite::Database other(h.home.storePath().toStdString(), SQLite::OPEN_READWRITE);
+        // An id in capitals, and two different broken byte sequences that both read as one
+        // replacement character.
+        other.exec(
+            "UPDATE Activity SET filterId = upper(filterId) WHERE title = 'main.cpp' AND "
+            "duration = 40");
+        other.exec("UPDATE Activity SET title = CAST(X'636166FF' AS TEXT) WHERE duration = 30");
+        other.exec("UPDATE Activity SET title = CAST(X'636166FE' AS TEXT) WHERE duration = 20");
+    }
+    EXPECT_EQ(titles(listActivities(*h.store, h.everything())),
+              (QStringList{u"main.cpp 2x100"_qs, u"caf\ufffd 2x50"_qs}));
 }
 
 TEST(ActivityList, NarrowsBySelectionsSearchAndCountedFilters) {
