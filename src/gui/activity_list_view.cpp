@@ -1,11 +1,12 @@
 #include "gui/activity_list_view.h"
 
-#include <QBarCategoryAxis>
 #include <QBarSeries>
 #include <QBarSet>
+#include <QCategoryAxis>
 #include <QChart>
 #include <QChartView>
 #include <QFont>
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QItemSelectionModel>
@@ -161,16 +162,17 @@ ActivityListView::ActivityListView(RecordStore& store, const Clock& clock,
     styleChart(*chart);
     chart->setTitle(QStringLiteral("Minutes per hour of the day"));
     chart->addSeries(series);
-    auto* hourAxis = new QBarCategoryAxis;
-    for (int hour = 0; hour < 24; ++hour) {
-        hourAxis->append(QString::number(hour));
-    }
-    hourAxis->setGridLineVisible(false);
-    QFont hourFont = hourAxis->labelsFont();
+    // Bar i stands at value i; the hours are named at their bars.
+    hourAxis_ = new QCategoryAxis;
+    hourAxis_->setRange(-0.5, 23.5);
+    hourAxis_->setLabelsPosition(QCategoryAxis::AxisLabelsPositionOnValue);
+    hourAxis_->setGridLineVisible(false);
+    QFont hourFont = hourAxis_->labelsFont();
     hourFont.setPointSizeF(hourFont.pointSizeF() * 0.8);
-    hourAxis->setLabelsFont(hourFont);
-    chart->addAxis(hourAxis, Qt::AlignBottom);
-    series->attachAxis(hourAxis);
+    hourAxis_->setLabelsFont(hourFont);
+    labelHours();
+    chart->addAxis(hourAxis_, Qt::AlignBottom);
+    series->attachAxis(hourAxis_);
     minutesAxis_ = new QValueAxis;
     minutesAxis_->setLabelFormat(QStringLiteral("%d"));
     chart->addAxis(minutesAxis_, Qt::AlignLeft);
@@ -224,6 +226,26 @@ void ActivityListView::resizeEvent(QResizeEvent* event) {
     for (QToolButton* button :
          {assignButton_, deleteButton_, createFilterButton_, pastTimeButton_}) {
         button->setToolButtonStyle(style);
+    }
+    labelHours();
+}
+
+void ActivityListView::labelHours() {
+    // Where two digits do not fit under every bar, every third hour is named, rather than all
+    // of them cut to dots.
+    constexpr int valueAxisWidth = 60;
+    const int perHour = (width() - valueAxisWidth) / 24;
+    const int widest =
+        QFontMetrics(hourAxis_->labelsFont()).horizontalAdvance(QStringLiteral("23"));
+    const int step = perHour >= 2 * widest ? 1 : 3;
+    if (hourAxis_->count() == 24 / step) {
+        return;
+    }
+    for (const QString& label : hourAxis_->categoriesLabels()) {
+        hourAxis_->remove(label);
+    }
+    for (int hour = 0; hour < 24; hour += step) {
+        hourAxis_->append(QString::number(hour), hour);
     }
 }
 

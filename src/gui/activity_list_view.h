@@ -14,6 +14,7 @@
 
 QT_BEGIN_NAMESPACE
 class QBarSet;
+class QCategoryAxis;
 class QChartView;
 class QLabel;
 class QMenu;
@@ -88,6 +89,7 @@ private:
     QToolButton* actionButton(const QString& text, const QString& name, const QString& icon);
     void fillTagMenu(QMenu& menu, const std::function<void(QUuid, QUuid)>& onChosen) const;
     void updateHistogram();
+    void labelHours();
     void updateButtons();
     void runStoreChange(const std::function<void()>& change);
 
@@ -97,6 +99,7 @@ private:
     QTreeView* list_ = nullptr;
     QChartView* histogram_ = nullptr;
     QBarSet* hours_ = nullptr;
+    QCategoryAxis* hourAxis_ = nullptr;
     QValueAxis* minutesAxis_ = nullptr;
     QLabel* totalLabel_ = nullptr;
     QToolButton* assignButton_ = nullptr;
