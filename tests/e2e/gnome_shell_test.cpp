@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
-#include <numeric>
 
 #include "desktop/gnome/extension_files.h"
 #include "desktop/gnome/gnome_desktop.h"
 #include "e2e/gnome_session.h"
+#include "e2e/recorded_store.h"
 #include "model/application_settings.h"
 #include "model/record_store.h"
 
@@ -166,21 +166,10 @@ TEST_F(GnomeShellTest, KivosExtensionReportsEveryFocusAndTitleChange) {
     expectSample(QStringLiteral("kivo-e2e-x"), "kivo-e2e-x", "Kivo X", xWindow.processId());
 }
 
-// When a scripted change happened: some time between the command's start and its end.
-struct Moment {
-    double before = 0.0;
-    double after = 0.0;
-};
-
-double now() {
-    return toEpochSeconds(SystemClock().now());
-}
-
-template <class Record>
-std::int64_t totalDuration(const std::vector<Record>& records) {
-    return std::accumulate(records.begin(), records.end(), std::int64_t{0},
-                           [](std::int64_t sum, const Record& r) { return sum + r.duration; });
-}
+using test::Moment;
+using test::now;
+using test::totalDuration;
+using test::waitForStore;
 
 TEST_F(GnomeShellTest, RecordsWhatTheUserLookedAtUpdatesItsExtensionAndIdleTimeAddsNothing) {
     // An extension of another version, as after an upgrade of Kivo: the shell runs it, and Kivo
@@ -226,18 +215,7 @@ TEST_F(GnomeShellTest, RecordsWhatTheUserLookedAtUpdatesItsExtensionAndIdleTimeA
     ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")},
                        session_.environment());
     OutputWatch output(kivo);
-    for (const QDeadlineTimer deadline(30'000);; nudge()) {
-        try {
-            if (QFile::exists(storePath) &&
-                !RecordStore::open(storePath, RecordStore::Mode::ReadOnly)
-                     ->fetch<Filter>()
-                     .empty()) {
-                break;
-            }
-        } catch (const StoreError&) {
-        }
-        ASSERT_FALSE(deadline.hasExpired()) << "Kivo prepared no store";
-    }
+    ASSERT_TRUE(waitForStore(storePath, nudge));
     const double ready = now();
     const auto waitFor = [&](const char* line, bool isNudging) {
         for (const QDeadlineTimer deadline(30'000); output.count(line) < 1;) {

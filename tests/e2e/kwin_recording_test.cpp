@@ -3,10 +3,10 @@
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
-#include <numeric>
 
 #include "desktop/kwin/kwin_desktop.h"
 #include "e2e/kwin_session.h"
+#include "e2e/recorded_store.h"
 #include "model/application_settings.h"
 #include "model/record_store.h"
 
@@ -16,21 +16,10 @@ namespace {
 using test::KWinSession;
 using test::ScopedProcess;
 
-// When a scripted change happened: some time between the command's start and its end.
-struct Moment {
-    double before = 0.0;
-    double after = 0.0;
-};
-
-double now() {
-    return toEpochSeconds(SystemClock().now());
-}
-
-template <class Record>
-std::int64_t totalDuration(const std::vector<Record>& records) {
-    return std::accumulate(records.begin(), records.end(), std::int64_t{0},
-                           [](std::int64_t sum, const Record& r) { return sum + r.duration; });
-}
+using test::Moment;
+using test::now;
+using test::totalDuration;
+using test::waitForStore;
 
 // Kivo's environment in the KWin session: its own home, the session's bus and display, the
 // session's data folder (the test window's entry and the script KWin's user can read), and
@@ -94,20 +83,7 @@ TEST(KWinRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     const QString storePath = home.filePath(QStringLiteral("data/Kivo/kivo.sqlite"));
     ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")},
                        kivoEnvironment(home, session));
-    // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
-    for (const QDeadlineTimer deadline(30'000);; QThread::msleep(100)) {
-        try {
-            if (QFile::exists(storePath) &&
-                !RecordStore::open(storePath, RecordStore::Mode::ReadOnly)
-                     ->fetch<Filter>()
-                     .empty()) {
-                break;
-            }
-        } catch (const StoreError&) {
-        }
-        ASSERT_TRUE(kivo.isRunning()) << kivo.process().readAllStandardError().toStdString();
-        ASSERT_FALSE(deadline.hasExpired()) << "Kivo prepared no store";
-    }
+    ASSERT_TRUE(waitForStore(storePath)) << kivo.process().readAllStandardError().toStdString();
     const double ready = now();
     QThread::msleep(3'000);
     Moment toTwo, renamed, backToOne;

@@ -6,12 +6,12 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QThread>
-#include <numeric>
 
 #include "e2e/fake_session_services.h"
 #include "e2e/fake_window_manager.h"
 #include "e2e/output_watch.h"
 #include "e2e/private_bus.h"
+#include "e2e/recorded_store.h"
 #include "e2e/xvfb_server.h"
 #include "model/application_settings.h"
 #include "model/record_store.h"
@@ -22,17 +22,8 @@ namespace {
 using test::OutputWatch;
 using test::ScopedProcess;
 
-// When a scripted change happened: some time between the command's start and its end.
-struct Moment {
-    double before = 0.0;
-    double after = 0.0;
-};
-
-template <class Record>
-std::int64_t totalDuration(const std::vector<Record>& records) {
-    return std::accumulate(records.begin(), records.end(), std::int64_t{0},
-                           [](std::int64_t sum, const Record& r) { return sum + r.duration; });
-}
+using test::Moment;
+using test::totalDuration;
 
 // A fresh home with its own store, settings and X session; everything started here ends with it.
 class RecordingTest : public ::testing::Test {
@@ -59,23 +50,7 @@ protected:
         environment_.remove(QStringLiteral("XDG_SESSION_ID"));
     }
 
-    // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
-    // Prepared means it holds the unassigned project (a test may have put filters there before).
-    bool waitForStore() {
-        for (const QDeadlineTimer deadline(30'000); !deadline.hasExpired(); QThread::msleep(100)) {
-            try {
-                if (QFile::exists(storePath()) &&
-                    !RecordStore::open(storePath(), RecordStore::Mode::ReadOnly)
-                         ->fetch<Project>()
-                         .empty()) {
-                    return true;
-                }
-            } catch (const StoreError&) {
-            }
-        }
-        ADD_FAILURE() << "Kivo prepared no store";
-        return false;
-    }
+    bool waitForStore() { return test::waitForStore(storePath()); }
 
     QString storePath() const { return home_.filePath(QStringLiteral("data/Kivo/kivo.sqlite")); }
     QString logFile() const { return home_.filePath(QStringLiteral("session.log")); }

@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <QTemporaryDir>
-#include <numeric>
 
 #include "e2e/output_watch.h"
 #include "e2e/private_bus.h"
+#include "e2e/recorded_store.h"
 #include "e2e/sway_session.h"
 #include "e2e/sway_terminal.h"
 #include "e2e/wayland_idle_inhibitor.h"
@@ -22,21 +22,10 @@ using test::ScopedProcess;
 using test::SwaySession;
 using test::SwayTerminal;
 
-// When a scripted change happened: some time between the command's start and its end.
-struct Moment {
-    double before = 0.0;
-    double after = 0.0;
-};
-
-double now() {
-    return toEpochSeconds(SystemClock().now());
-}
-
-template <class Record>
-std::int64_t totalDuration(const std::vector<Record>& records) {
-    return std::accumulate(records.begin(), records.end(), std::int64_t{0},
-                           [](std::int64_t sum, const Record& r) { return sum + r.duration; });
-}
+using test::Moment;
+using test::now;
+using test::totalDuration;
+using test::waitForStore;
 
 // Kivo's environment in a sway session: its own home, the session's display and IPC socket,
 // and nothing of an X server.
@@ -53,23 +42,6 @@ QProcessEnvironment kivoEnvironment(const QTemporaryDir& home, const QByteArray&
     environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral("config")));
     environment.insert(QStringLiteral("XDG_DATA_DIRS"), QStringLiteral("/usr/share"));
     return environment;
-}
-
-// Kivo prepares its store just before it starts ticking; it may be half-created for a while.
-bool waitForStore(const QString& storePath) {
-    for (const QDeadlineTimer deadline(30'000); !deadline.hasExpired(); QThread::msleep(100)) {
-        try {
-            if (QFile::exists(storePath) &&
-                !RecordStore::open(storePath, RecordStore::Mode::ReadOnly)
-                     ->fetch<Filter>()
-                     .empty()) {
-                return true;
-            }
-        } catch (const StoreError&) {
-        }
-    }
-    ADD_FAILURE() << "Kivo prepared no store";
-    return false;
 }
 
 TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
