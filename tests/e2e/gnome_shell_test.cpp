@@ -166,6 +166,8 @@ TEST_F(GnomeShellTest, KivosExtensionReportsEveryFocusAndTitleChange) {
     expectSample(QStringLiteral("kivo-e2e-x"), "kivo-e2e-x", "Kivo X", xWindow.processId());
 }
 
+using test::expectActivities;
+using test::ExpectedActivity;
 using test::Moment;
 using test::now;
 using test::totalDuration;
@@ -261,14 +263,7 @@ TEST_F(GnomeShellTest, RecordsWhatTheUserLookedAtUpdatesItsExtensionAndIdleTimeA
 
     const auto store = RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
     const auto activities = store->fetch<Activity>({"", {}, "startAt"});
-    ASSERT_EQ(activities.size(), 5u);
-    const struct {
-        const char* title;
-        const char* bundleId;
-        const char* name;
-        Moment from;
-        Moment to;
-    } expected[] = {
+    const std::vector<ExpectedActivity> expected{
         {"kivo-e2e-one", "kivo-e2e-one", "Kivo One", {ready - 1.0, ready}, toTwo},
         {"kivo-e2e-two", "kivo-e2e-two", "Kivo Two", toTwo, renamed},
         {"kivo-e2e-two renamed", "kivo-e2e-two", "Kivo Two", renamed, backToOne},
@@ -277,21 +272,8 @@ TEST_F(GnomeShellTest, RecordsWhatTheUserLookedAtUpdatesItsExtensionAndIdleTimeA
     };
     // Each edge is seen up to a tick (1 s) late; a busy machine adds a little everywhere.
     constexpr double lateness = 2.0;
-    for (std::size_t i = 0; i < activities.size(); ++i) {
-        const Activity& activity = activities[i];
-        const auto& [title, bundleId, name, from, to] = expected[i];
-        SCOPED_TRACE(title);
-        EXPECT_EQ(activity.title, QString::fromLatin1(title));
-        EXPECT_EQ(activity.appBundleId, QString::fromLatin1(bundleId));
-        EXPECT_EQ(activity.appName, QString::fromLatin1(name));
-        const double startAt = toEpochSeconds(activity.startAt);
-        const double endAt = toEpochSeconds(activity.endAt);
-        EXPECT_GE(startAt, from.before);
-        EXPECT_LE(startAt, from.after + lateness + (i == 0 ? 1.5 : 0.0));
-        EXPECT_GE(endAt, to.before - lateness);
-        EXPECT_LE(endAt, to.after);
-        EXPECT_GE(activity.duration, 1);
-    }
+    expectActivities(activities, expected, lateness);
+    ASSERT_EQ(activities.size(), expected.size());
     // The idle stretch continued the same capture with one period for the whole absence; how
     // much longer it was than seen here depends on when the pause was seen, hence the slack.
     const Activity& idled = activities[3];

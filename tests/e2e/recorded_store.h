@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QThread>
@@ -27,6 +29,38 @@ template <class Record>
 std::int64_t totalDuration(const std::vector<Record>& records) {
     return std::accumulate(records.begin(), records.end(), std::int64_t{0},
                            [](std::int64_t sum, const Record& r) { return sum + r.duration; });
+}
+
+// An activity a script made: its window's title and application, and when it began and ended.
+struct ExpectedActivity {
+    const char* title;
+    const char* bundleId;
+    const char* name;
+    Moment from;
+    Moment to;
+};
+
+// The recorded `activities`, earliest first, are the `expected` ones. Each edge is seen up to
+// `lateness` seconds late (a tick, and what a busy machine adds); the first start a little later
+// still, as Kivo's first sample follows the store's preparation.
+inline void expectActivities(const std::vector<Activity>& activities,
+                             const std::vector<ExpectedActivity>& expected, double lateness) {
+    ASSERT_EQ(activities.size(), expected.size());
+    for (std::size_t i = 0; i < activities.size(); ++i) {
+        const Activity& activity = activities[i];
+        const auto& [title, bundleId, name, from, to] = expected[i];
+        SCOPED_TRACE(title);
+        EXPECT_EQ(activity.title, QString::fromLatin1(title));
+        EXPECT_EQ(activity.appBundleId, QString::fromLatin1(bundleId));
+        EXPECT_EQ(activity.appName, QString::fromLatin1(name));
+        const double startAt = toEpochSeconds(activity.startAt);
+        const double endAt = toEpochSeconds(activity.endAt);
+        EXPECT_GE(startAt, from.before);
+        EXPECT_LE(startAt, from.after + lateness + (i == 0 ? 1.5 : 0.0));
+        EXPECT_GE(endAt, to.before - lateness);
+        EXPECT_LE(endAt, to.after);
+        EXPECT_GE(activity.duration, 1);
+    }
 }
 
 // Kivo prepares its store just before it starts ticking; it may be half-created for a while.
