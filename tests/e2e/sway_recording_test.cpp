@@ -4,6 +4,7 @@
 
 #include <QTemporaryDir>
 
+#include "e2e/fake_session_services.h"
 #include "e2e/output_watch.h"
 #include "e2e/private_bus.h"
 #include "e2e/recorded_store.h"
@@ -106,7 +107,7 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     EXPECT_EQ(totalDuration(store->fetch<TagUsage>()), recorded);
 }
 
-TEST(SwayRecordingTest, TimeAwayAddsNothingAndAnIdleInhibitorKeepsTimeCounting) {
+TEST(SwayRecordingTest, TimeAwayOrLockedAddsNothingAndAnIdleInhibitorKeepsTimeCounting) {
     QTemporaryDir home;
     ASSERT_TRUE(home.isValid());
     SwaySession session;
@@ -122,6 +123,11 @@ TEST(SwayRecordingTest, TimeAwayAddsNothingAndAnIdleInhibitorKeepsTimeCounting) 
     PrivateBus systemBus;
     PrivateBus sessionBus;
     ASSERT_TRUE(systemBus.isReady() && sessionBus.isReady());
+    test::FakeServices logind(systemBus.address());
+    logind.add<test::FakeLogindManager>(QStringLiteral("org.freedesktop.login1"),
+                                        QStringLiteral("/org/freedesktop/login1"));
+    auto& logindSession = logind.add<test::FakeLogindSession>(
+        QStringLiteral("org.freedesktop.login1"), test::fakeSessionPath);
     QProcessEnvironment environment =
         kivoEnvironment(home, session.displayPath(), session.swaySocket(), QStringLiteral("sway"));
     environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), systemBus.address());
@@ -163,13 +169,23 @@ TEST(SwayRecordingTest, TimeAwayAddsNothingAndAnIdleInhibitorKeepsTimeCounting) 
     ASSERT_TRUE(waitFor("Recording again", 1, true));
     nudgeFor(2'000);
 
+    // Locked while the pointer keeps moving: the compositor leaves the window focused.
+    logindSession.isLocked = true;
+    ASSERT_TRUE(waitFor("Paused: away", 2, true));
+    const double lockPaused = now();
+    nudgeFor(3'000);
+    const double unlocked = now();
+    logindSession.isLocked = false;
+    ASSERT_TRUE(waitFor("Recording again", 2, true));
+    nudgeFor(2'000);
+
     // Without input for well beyond the timeout, but a client inhibits idleness.
     {
         test::WaylandIdleInhibitor inhibitor(session.displayPath());
         ASSERT_TRUE(inhibitor.isHolding());
         nudge();
         QThread::msleep(7'000);
-        EXPECT_EQ(output.count("Paused: away"), 1) << "away although an idle inhibitor held";
+        EXPECT_EQ(output.count("Paused: away"), 2) << "away although an idle inhibitor held";
     }
     nudgeFor(1'000);
     EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
@@ -177,16 +193,16 @@ TEST(SwayRecordingTest, TimeAwayAddsNothingAndAnIdleInhibitorKeepsTimeCounting) 
     // One capture from start to end, recorded at the clean end.
     const auto store = RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
     const auto activities = store->fetch<Activity>({"", {}, "startAt"});
-    ASSERT_EQ(activities.size(), 1u) << "the absence outlasted the gap, yet the capture ended";
+    ASSERT_EQ(activities.size(), 1u) << "the absences outlasted the gap, yet the capture ended";
     const Activity& activity = activities[0];
     EXPECT_EQ(activity.title, QStringLiteral("kivo-e2e-idle"));
-    // The absence was at least as long as seen here and adds one period on the return; how much
+    // Each absence was at least as long as seen here and adds one period on the return; how much
     // longer it was depends on when this test saw Kivo pause and return, hence a wide lower bound.
     const double span = toEpochSeconds(activity.endAt) - toEpochSeconds(activity.startAt);
-    const double away = idleBack - idlePaused;
+    const double away = (idleBack - idlePaused) + (unlocked - lockPaused);
     const double duration = static_cast<double>(activity.duration);
-    EXPECT_LE(duration, span - away + 1.0 + 1.0) << "span " << span << ", away " << away;
-    EXPECT_GE(duration, span - away - 3.0 - 1.0) << "span " << span << ", away " << away;
+    EXPECT_LE(duration, span - away + 2 * 1.0 + 1.0) << "span " << span << ", away " << away;
+    EXPECT_GE(duration, span - away - 2 * 3.0 - 1.0) << "span " << span << ", away " << away;
     EXPECT_EQ(totalDuration(store->fetch<AppUsage>()), activity.duration);
 }
 
