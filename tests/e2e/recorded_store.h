@@ -45,7 +45,11 @@ struct ExpectedActivity {
 // still, as Kivo's first sample follows the store's preparation.
 inline void expectActivities(const std::vector<Activity>& activities,
                              const std::vector<ExpectedActivity>& expected, double lateness) {
-    ASSERT_EQ(activities.size(), expected.size());
+    QStringList titles;
+    for (const Activity& activity : activities) {
+        titles.append(activity.title);
+    }
+    ASSERT_EQ(activities.size(), expected.size()) << titles.join(u", ").toStdString();
     for (std::size_t i = 0; i < activities.size(); ++i) {
         const Activity& activity = activities[i];
         const auto& [title, bundleId, name, from, to] = expected[i];
