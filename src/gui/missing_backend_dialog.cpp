@@ -19,10 +19,11 @@ QMessageBox* showMissingBackendWarning(QWidget* parent, const QString& failure) 
         reason[0] = reason[0].toUpper();
     }
     box->setInformativeText(
-        QStringLiteral("%1.\n\nKivo needs an X11 session with a window manager that follows the "
-                       "EWMH standard (most do) to read the focused window; Wayland sessions "
-                       "are not supported yet. Kivo keeps running and starts recording as soon "
-                       "as it can read the focused window.")
+        QStringLiteral("%1.\n\nKivo reads the focused window on X11 with a window manager that "
+                       "follows the EWMH standard (most do), and on Wayland in GNOME, KDE Plasma, "
+                       "Hyprland and the wlroots compositors (sway, labwc, river, Wayfire). Kivo "
+                       "keeps running and starts recording as soon as it can read the focused "
+                       "window.")
             .arg(reason));
     QPushButton* open =
         box->addButton(QStringLiteral("Open Getting Started"), QMessageBox::AcceptRole);
