@@ -3,7 +3,6 @@
 #include "cli/report_arguments.h"
 #include "model/instant.h"
 #include "model/local_day.h"
-#include "model/range_totals.h"
 #include "reports/productivity_score.h"
 #include "tree/project_tree_view_model.h"
 
@@ -14,9 +13,7 @@ ReportContents collectReport(RecordStore& store, ApplicationSettings& settings, 
     const QDate today = localDateOf(clock.now());
     ProjectTreeViewModel tree(store, settings, clock);
     tree.loadSavedTree();
-    // The tree, the tags, the projects and the day scores share one read of the range's totals.
-    const TagUsageDays tagUsage = tagUsageDays(store, arguments.from, arguments.to);
-    tree.recomputeTreeDurations(arguments.from, arguments.to, tagUsage);
+    tree.recomputeTreeDurations(arguments.from, arguments.to);
 
     ReportContents contents;
     contents.from = arguments.from;
@@ -29,10 +26,11 @@ ReportContents collectReport(RecordStore& store, ApplicationSettings& settings, 
     contents.applications =
         computeApplicationReport(store, selection, arguments.from, arguments.to);
     contents.websites = computeWebsiteReport(store, selection, arguments.from, arguments.to);
-    contents.tags = computeFilterReportOf(tagUsage, selection);
-    contents.projects = computeProjectReportOf(tagUsage, selection);
+    contents.tags = computeFilterReport(store, selection, arguments.from, arguments.to);
+    contents.projects = computeProjectReport(store, selection, arguments.from, arguments.to);
 
-    const auto scores = productivityOfDays(tagUsage, productivityInputs(store, selection));
+    const auto scores = productivityOfDays(store, productivityInputs(store, selection),
+                                           arguments.from, arguments.to);
     for (std::size_t i = 0; i < scores.size(); ++i) {
         contents.dayScores.push_back(
             {arguments.from.addDays(static_cast<qint64>(i)), scores[i].score, scores[i].duration});

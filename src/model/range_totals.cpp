@@ -234,31 +234,4 @@ TagUsageDays tagUsageDays(RecordStore& store, QDate first, QDate last) {
     return days;
 }
 
-std::vector<TagUsageGroup> tagUsageGroups(const TagUsageDays& days,
-                                          const QSet<QUuid>& countedFilters) {
-    std::vector<bool> isFilterCounted;
-    isFilterCounted.reserve(days.filterIds.size());
-    for (const auto& filterId : days.filterIds) {
-        isFilterCounted.push_back(countedFilters.contains(filterId));
-    }
-    std::unordered_map<std::uint64_t, std::size_t> groupOfPair;
-    std::vector<TagUsageGroup> groups;
-    // The entries come in store order, so a group's first entry is its earliest.
-    for (const auto& entry : days.entries) {
-        if (!isFilterCounted[entry.filter]) {
-            continue;
-        }
-        const std::uint64_t pair = std::uint64_t{entry.filter} << 32 | entry.project;
-        const auto [found, isNew] = groupOfPair.try_emplace(pair, groups.size());
-        if (isNew) {
-            groups.push_back({days.filterIds[entry.filter], days.projectIds[entry.project],
-                              entry.duration, entry.position});
-        } else {
-            TagUsageGroup& group = groups[found->second];
-            group.duration = checkedAdd(group.duration, entry.duration);
-        }
-    }
-    return groups;
-}
-
 }  // namespace kivo

@@ -75,9 +75,4 @@ struct TagUsageDays {
 
 TagUsageDays tagUsageDays(RecordStore& store, QDate first, QDate last);
 
-// The same groups as `tagUsageGroups` over the days' range, from totals already read: several
-// views of one range then share a single read.
-std::vector<TagUsageGroup> tagUsageGroups(const TagUsageDays& days,
-                                          const QSet<QUuid>& countedFilters);
-
 }  // namespace kivo

@@ -13,6 +13,7 @@
 #include <array>
 #include <cstring>
 
+#include "model/score_summary.h"
 #include "model/usage_summaries.h"
 
 namespace kivo {
@@ -338,6 +339,11 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             if (!usage_summaries::areCurrent(*database) ||
                 !usage_summaries::countEveryRow(*database)) {
                 usage_summaries::rebuild(*database);
+            }
+            // Ratings changed behind the triggers' back are taken over before anything is read.
+            const auto ratedOtherwise = score_summary::filtersRatedOtherwise(*database);
+            if (!ratedOtherwise.empty()) {
+                score_summary::adoptCurrentRatings(*database, ratedOtherwise);
             }
             transaction.commit();
         } else if (missing.size() == schemas().size()) {

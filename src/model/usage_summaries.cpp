@@ -1,5 +1,7 @@
 #include "model/usage_summaries.h"
 
+#include "model/score_summary.h"
+
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <algorithm>
@@ -14,7 +16,7 @@ namespace {
 // Changing the stretches or the triggers' rules changes this text, so that stores summarised by
 // other rules are summarised anew on open.
 constexpr const char* versionKey = "usageSummaryVersion";
-constexpr const char* version = "2;128,32,4";
+constexpr const char* version = "3;128,32,4;900";
 
 struct SummarisedKind {
     const char* kind;
@@ -270,7 +272,7 @@ bool areCurrent(SQLite::Database& database) {
             }
         }
     }
-    return true;
+    return score_summary::isInstalled(database);
 }
 
 bool countEveryRow(SQLite::Database& database) {
@@ -306,6 +308,7 @@ void rebuild(SQLite::Database& database) {
             database.exec(trigger);
         }
     }
+    score_summary::rebuild(database);
     SQLite::Statement mark(database, "INSERT OR REPLACE INTO KivoMeta (key, value) VALUES (?, ?)");
     mark.bind(1, versionKey);
     mark.bind(2, version);

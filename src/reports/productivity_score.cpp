@@ -1,6 +1,11 @@
 #include "reports/productivity_score.h"
 
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
 #include "model/checked_arithmetic.h"
+#include "model/day_score_sums.h"
 #include "model/fatal.h"
 #include "model/range_totals.h"
 #include "model/record_store.h"
@@ -29,10 +34,77 @@ DayProductivity dayProductivity(RecordStore& store, const ProductivityInputs& in
     return productivityOfDays(store, inputs, day, day).front();
 }
 
+namespace {
+
+// The score that adding the day's totals one by one in double precision gives, told from exact
+// sums where that is certain: when the exact share lies farther from a whole percent than the
+// rounding of those additions can reach. Otherwise (a share of exactly 40 %, say, which the
+// additions may land just below) nothing: the totals decide.
+std::optional<DayProductivity> scoreOfSums(const DayScoreSums& sums) {
+    if (!sums.isKnown || sums.duration < 0) {
+        return std::nullopt;
+    }
+    if (sums.duration == 0) {
+        return DayProductivity{0, 0};
+    }
+    const std::int64_t total = sums.duration;
+    std::int64_t below = sums.ratedDuration / total;  // rounded toward zero
+    std::int64_t remainder = sums.ratedDuration % total;
+    if (remainder < 0) {
+        below -= 1;
+        remainder += total;
+    }
+    if (remainder == 0) {
+        return std::nullopt;
+    }
+    const double t = static_cast<double>(total);
+    const double distance = static_cast<double>(std::min(remainder, total - remainder)) / t;
+    // Each addition, the division and the product round by at most 2^-53 of their size; eight
+    // times that, for every total and a few more operations, leaves a wide margin.
+    const double share = static_cast<double>(sums.ratedDuration) / t;
+    const double reach = static_cast<double>(sums.members + 4) * std::ldexp(1.0, -50) *
+                         (static_cast<double>(sums.absRated) / t + std::abs(share) + 1.0);
+    if (!(distance > reach)) {
+        return std::nullopt;
+    }
+    return DayProductivity{sums.ratedDuration >= 0 ? below : below + 1, total};
+}
+
+}  // namespace
+
 std::vector<DayProductivity> productivityOfDays(RecordStore& store,
                                                 const ProductivityInputs& inputs, QDate first,
                                                 QDate last) {
-    return productivityOfDays(tagUsageDays(store, first, last), inputs);
+    const auto sums =
+        dayScoreSums(store, first, last, inputs.countedProjects, inputs.ratingByFilter);
+    if (sums.empty()) {
+        return productivityOfDays(tagUsageDays(store, first, last), inputs);
+    }
+    std::vector<DayProductivity> scores(sums.size());
+    std::vector<bool> isTold(sums.size());
+    for (std::size_t day = 0; day < sums.size(); ++day) {
+        const auto score = scoreOfSums(sums[day]);
+        isTold[day] = score.has_value();
+        scores[day] = score.value_or(DayProductivity{});
+    }
+    // The days the sums cannot tell, a run of them at a time, from their totals.
+    for (std::size_t begin = 0; begin < sums.size();) {
+        if (isTold[begin]) {
+            ++begin;
+            continue;
+        }
+        std::size_t end = begin;
+        while (end < sums.size() && !isTold[end]) {
+            ++end;
+        }
+        const auto told =
+            productivityOfDays(tagUsageDays(store, first.addDays(static_cast<qint64>(begin)),
+                                            first.addDays(static_cast<qint64>(end - 1))),
+                               inputs);
+        std::copy(told.begin(), told.end(), scores.begin() + static_cast<std::ptrdiff_t>(begin));
+        begin = end;
+    }
+    return scores;
 }
 
 std::vector<DayProductivity> productivityOfDays(const TagUsageDays& days,

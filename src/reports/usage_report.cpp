@@ -182,14 +182,4 @@ UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
         tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)), selection);
 }
 
-UsageReport<TagDisplayItem> computeFilterReportOf(const TagUsageDays& days,
-                                                  const ReportSelection& selection) {
-    return filterReport(tagUsageGroups(days, countedFilters(selection)), selection);
-}
-
-UsageReport<ProjectDisplayItem> computeProjectReportOf(const TagUsageDays& days,
-                                                       const ReportSelection& selection) {
-    return projectReport(tagUsageGroups(days, countedFilters(selection)), selection);
-}
-
 }  // namespace kivo

@@ -10,7 +10,6 @@ namespace kivo {
 
 struct ReportSelection;
 class RecordStore;
-struct TagUsageDays;
 
 // What one report view shows for a range of days. The table lists every group with time; the
 // chart lists the groups above 3 percent and pools the rest into one "Misc." row, which it
@@ -40,10 +39,5 @@ UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
                                                      const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate);
-// The same two, from the totals of the range already read.
-UsageReport<TagDisplayItem> computeFilterReportOf(const TagUsageDays& days,
-                                                  const ReportSelection& selection);
-UsageReport<ProjectDisplayItem> computeProjectReportOf(const TagUsageDays& days,
-                                                       const ReportSelection& selection);
 
 }  // namespace kivo

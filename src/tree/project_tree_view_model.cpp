@@ -151,15 +151,6 @@ void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate m
     }
 }
 
-void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate,
-                                                  const TagUsageDays& days) {
-    minSelectedDate_ = minSelectedDate;
-    maxSelectedDate_ = maxSelectedDate;
-    if (!projects_.empty()) {
-        showDurations(tagUsageGroups(days, treeFilters()));
-    }
-}
-
 // Only the filters of the tree are summed: a record of any other adds to no node.
 QSet<QUuid> ProjectTreeViewModel::treeFilters() const {
     QSet<QUuid> filters;

@@ -60,9 +60,6 @@ public:
     // counted, in the store's order; then the durations of the selected days.
     void buildTreeFromRecords();
     void recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate);
-    // The same, from the totals of exactly those days already read.
-    void recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate,
-                                const TagUsageDays& days);
 
     // Drag and drop: the nodes at `offsets` go before the node at `destination`; then the tree
     // is saved. Filters only move within their own project.

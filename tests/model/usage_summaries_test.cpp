@@ -8,6 +8,7 @@
 #include <iterator>
 #include <random>
 
+#include "model/day_score_sums.h"
 #include "model/record_store.h"
 #include "support/temp_home.h"
 
@@ -17,7 +18,8 @@ namespace {
 using test::TempHome;
 
 constexpr double day = 86400.0;
-constexpr const char* summaryTables[] = {"TagUsageSummary", "AppUsageSummary", "WebUsageSummary"};
+constexpr const char* summaryTables[] = {"TagUsageSummary", "AppUsageSummary", "WebUsageSummary",
+                                         "TagScoreSummary", "TagScoreRating"};
 
 TEST(RangePieces, CoverTheRangeOnceWithWholeStretchesInsideIt) {
     std::mt19937_64 random(7);
@@ -65,8 +67,7 @@ using Snapshot = std::vector<std::vector<std::string>>;
 Snapshot summaries(SQLite::Database& database) {
     Snapshot rows;
     for (const char* table : summaryTables) {
-        SQLite::Statement query(database,
-                                std::string("SELECT * FROM ") + table + " ORDER BY 1, 2, 3, 4");
+        SQLite::Statement query(database, std::string("SELECT * FROM ") + table);
         while (query.executeStep()) {
             std::vector<std::string> row{table};
             for (int column = 0; column < query.getColumnCount(); ++column) {
@@ -75,6 +76,7 @@ Snapshot summaries(SQLite::Database& database) {
             rows.push_back(std::move(row));
         }
     }
+    std::sort(rows.begin(), rows.end());
     return rows;
 }
 
@@ -101,6 +103,17 @@ public:
                                              : 20'000 * day + hour);
     }
     QUuid filter() { return filters_[pick(filters_.size())]; }
+    QSet<QUuid> projects() const { return {filters_[0], filters_[1]}; }
+
+    // All filters but the last, which stays without a rating, as a deleted filter's totals may.
+    void rateFilters(RecordStore& store) {
+        for (std::size_t i = 0; i + 1 < filters_.size(); ++i) {
+            auto filter = newRecord<Filter>(moment());
+            filter.id = filters_[i];
+            filter.rating = static_cast<std::int64_t>(pick(21)) * 10 - 100;
+            store.insert(filter);
+        }
+    }
 
     void insertSome(RecordStore& store, int count) {
         for (int i = 0; i < count; ++i) {
@@ -162,6 +175,7 @@ TEST(UsageSummaries, KeptByTheTriggersEqualOnesMadeFromTheRecords) {
         RandomTotals totals(seed);
         {
             auto store = home.openStore();
+            totals.rateFilters(*store);
             for (int round = 0; round < 4; ++round) {
                 totals.insertSome(*store, 60);
                 store->save();
@@ -174,6 +188,15 @@ TEST(UsageSummaries, KeptByTheTriggersEqualOnesMadeFromTheRecords) {
         database.exec("DELETE FROM AppUsage WHERE rowid % 7 = 0");
         database.exec("UPDATE WebUsage SET duration = duration + 5 WHERE rowid % 3 = 0");
         database.exec("UPDATE TagUsage SET createdAt = createdAt + 86400 WHERE rowid % 5 = 0");
+        // Filters rated anew, replaced whole, removed, and given to totals that had none.
+        database.exec("UPDATE Filter SET rating = rating + 30 WHERE rowid % 2 = 0");
+        database.exec("CREATE TEMP TABLE Replaced AS SELECT * FROM Filter WHERE rowid = 1");
+        database.exec("UPDATE Replaced SET rating = -rating - 10");
+        database.exec("INSERT OR REPLACE INTO Filter SELECT * FROM Replaced");
+        database.exec("DELETE FROM Filter WHERE rowid = 3");
+        database.exec("UPDATE Replaced SET id = (SELECT filterId FROM TagUsage WHERE filterId NOT "
+                      "IN (SELECT id FROM Filter) LIMIT 1), rating = 60");
+        database.exec("INSERT INTO Filter SELECT * FROM Replaced");
         const Snapshot kept = summaries(database);
         EXPECT_GT(kept.size(), 300u) << seed;
         EXPECT_EQ(kept, rebuilt(database)) << seed;
@@ -230,6 +253,53 @@ TEST(UsageSummaries, StaleOnesAreMadeAnewOnOpenAndNotReadBeforeThat) {
         EXPECT_GT(kept.size(), 100u);
         EXPECT_EQ(kept, rebuilt(database));
     }
+}
+
+// A tool that rated filters with the triggers away leaves sums made with other ratings: they are
+// not read until a writable open has moved them to the current ratings.
+TEST(UsageSummaries, SumsOfOtherRatingsAreNotReadAndAreMovedOnOpen) {
+    TempHome home;
+    RandomTotals totals(5);
+    {
+        auto store = home.openStore();
+        totals.rateFilters(*store);
+        totals.insertSome(*store, 150);
+        store->save();
+    }
+    {
+        SQLite::Database database(home.storePath().toStdString(), SQLite::OPEN_READWRITE);
+        SQLite::Statement definition(
+            database, "SELECT sql FROM sqlite_schema WHERE name = 'TagScoreSummary_filterRate'");
+        ASSERT_TRUE(definition.executeStep());
+        const std::string trigger = definition.getColumn(0).getString();
+        database.exec("DROP TRIGGER TagScoreSummary_filterRate");
+        database.exec("UPDATE Filter SET rating = rating + 10");
+        database.exec(trigger);
+    }
+    const auto ratings = [](RecordStore& store) {
+        QHash<QUuid, std::int64_t> byFilter;
+        for (const auto& filter : store.fetch<Filter>()) {
+            byFilter.insert(filter.id, filter.rating);
+        }
+        return byFilter;
+    };
+    const QDate first = QDate(1970, 1, 1).addDays(20'000);
+    const QDate last = first.addDays(120);
+    {
+        auto readOnly = RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly);
+        ASSERT_TRUE(readOnly->hasUsageSummaries());
+        EXPECT_TRUE(
+            dayScoreSums(*readOnly, first, last, totals.projects(), ratings(*readOnly)).empty());
+    }
+    home.openStore();
+    auto readOnly = RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly);
+    const auto sums = dayScoreSums(*readOnly, first, last, totals.projects(), ratings(*readOnly));
+    ASSERT_EQ(sums.size(), 121u);
+    EXPECT_GT(std::count_if(sums.begin(), sums.end(),
+                            [](const DayScoreSums& day) { return day.isKnown && day.members > 0; }),
+              20);
+    SQLite::Database database(home.storePath().toStdString(), SQLite::OPEN_READWRITE);
+    EXPECT_EQ(summaries(database), rebuilt(database));
 }
 
 }  // namespace

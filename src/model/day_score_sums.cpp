@@ -1,0 +1,120 @@
+#include "model/day_score_sums.h"
+
+#include <cmath>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "model/local_day.h"
+#include "model/record_store.h"
+#include "model/score_summary.h"
+
+namespace kivo {
+
+namespace {
+
+// Below this, every sum and every product in a day's score is an exact double.
+constexpr std::int64_t exactLimit = std::int64_t{1} << 53;
+
+QUuid uuidOf(std::string_view text) {
+    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
+}
+
+// Whether the sums were made with the ratings the scores are computed with: the same filters, by
+// text as the triggers look them up and by id as the scores do.
+bool madeWithRatings(RecordStore& store, const QHash<QUuid, std::int64_t>& ratingByFilter) {
+    static const std::string differing =
+        "SELECT COUNT(*) FROM (" + score_summary::ratedOtherwiseSql() + ")";
+    static const std::string held =
+        std::string("SELECT filterId, rating FROM ") + score_summary::ratingsTable;
+    bool isSame = true;
+    store.read(differing, {}, [&](const RowCells& row) { isSame = row.integer(0) == 0; });
+    if (!isSame) {
+        return false;
+    }
+    store.read(held, {}, [&](const RowCells& row) {
+        const auto rating = ratingByFilter.constFind(uuidOf(row.text(0)));
+        isSame = isSame && rating != ratingByFilter.constEnd() && *rating == row.integer(1);
+    });
+    return isSame;
+}
+
+// Adds while the sum stays exact; says false once it does not.
+bool addExactly(std::int64_t& sum, std::int64_t value) {
+    if (value <= -exactLimit || value >= exactLimit) {
+        return false;
+    }
+    sum += value;
+    return sum > -exactLimit && sum < exactLimit;
+}
+
+struct DayQuarters {
+    std::int64_t first = 0;  // the quarters [first, end)
+    std::int64_t end = 0;
+    bool isWhole = false;  // the day begins and ends on a quarter hour, after the epoch
+};
+
+DayQuarters quartersOf(const DayRange& day) {
+    const double begin = toEpochSeconds(day.begin);
+    const double end = toEpochSeconds(day.end);
+    constexpr double quarter = score_summary::quarterSeconds;
+    DayQuarters quarters{static_cast<std::int64_t>(std::floor(begin / quarter)),
+                         static_cast<std::int64_t>(std::ceil(end / quarter)), false};
+    quarters.isWhole = begin >= 0 && begin < end && end < 1e15 &&
+                       std::fmod(begin, quarter) == 0 && std::fmod(end, quarter) == 0;
+    return quarters;
+}
+
+}  // namespace
+
+std::vector<DayScoreSums> dayScoreSums(RecordStore& store, QDate first, QDate last,
+                                       const QSet<QUuid>& countedProjects,
+                                       const QHash<QUuid, std::int64_t>& ratingByFilter) {
+    if (last < first || !store.hasUsageSummaries() || !madeWithRatings(store, ratingByFilter)) {
+        return {};
+    }
+    std::vector<DayQuarters> quarters;
+    std::vector<DayScoreSums> days;
+    std::vector<std::int64_t> absDurations;
+    for (QDate date = first; date <= last; date = date.addDays(1)) {
+        quarters.push_back(quartersOf(localDay(date)));
+        days.push_back({quarters.back().isWhole, 0, 0, 0, 0});
+        absDurations.push_back(0);
+    }
+
+    static const std::string sql =
+        std::string("SELECT quarter, projectId, duration, ratedDuration, absDuration, absRated, "
+                    "members, unrated, typeof(duration) || typeof(ratedDuration) || "
+                    "typeof(absDuration) || typeof(absRated) = "
+                    "'integerintegerintegerinteger' FROM ") +
+        score_summary::sumsTable + " WHERE quarter >= ? AND quarter < ? ORDER BY quarter";
+    std::map<std::string, bool, std::less<>> isCounted;
+    std::size_t day = 0;
+    store.read(sql, {quarters.front().first, quarters.back().end}, [&](const RowCells& row) {
+        const std::int64_t quarter = row.integer(0);
+        while (day < days.size() && quarter >= quarters[day].end) {
+            ++day;
+        }
+        if (day == days.size() || quarter < quarters[day].first || !days[day].isKnown) {
+            return;
+        }
+        const std::string_view project = row.text(1);
+        auto counted = isCounted.find(project);
+        if (counted == isCounted.end()) {
+            counted = isCounted.emplace(project, countedProjects.contains(uuidOf(project))).first;
+        }
+        if (!counted->second) {
+            return;
+        }
+        DayScoreSums& sums = days[day];
+        sums.isKnown = row.integer(8) == 1 && row.integer(7) == 0 &&
+                       addExactly(sums.duration, row.integer(2)) &&
+                       addExactly(sums.ratedDuration, row.integer(3)) &&
+                       addExactly(absDurations[day], row.integer(4)) &&
+                       addExactly(sums.absRated, row.integer(5)) &&
+                       addExactly(sums.members, row.integer(6));
+    });
+    return days;
+}
+
+}  // namespace kivo
