@@ -17,10 +17,14 @@ DayRange localDay(QDate date) {
     return localDays(date, date);
 }
 
-DayRange localDays(QDate first, QDate last) {
+Instant localDayStart(QDate date) {
     // startOfDay() takes the first valid moment, so a day whose midnight is skipped by a
     // daylight-saving change still starts at its first existing instant.
-    return {instantOf(first.startOfDay()), instantOf(last.addDays(1).startOfDay())};
+    return instantOf(date.startOfDay());
+}
+
+DayRange localDays(QDate first, QDate last) {
+    return {localDayStart(first), localDayStart(last.addDays(1))};
 }
 
 QDate localDateOf(Instant instant) {

@@ -17,6 +17,8 @@ struct DayRange {
 };
 
 DayRange localDay(QDate date);
+// The first moment of `date`: where the day before it ends.
+Instant localDayStart(QDate date);
 DayRange localDayContaining(Instant instant);
 QDate localDateOf(Instant instant);
 

@@ -223,11 +223,11 @@ TagUsageDays tagUsageDays(RecordStore& store, QDate first, QDate last) {
     // Local days differ in length across clock changes, so each day's end is asked for.
     days.entries.reserve(rows.size());
     int day = 0;
-    double dayEnd = toEpochSeconds(localDay(first).end);
+    double dayEnd = toEpochSeconds(localDayStart(first.addDays(1)));
     for (const Raw& row : rows) {
         while (row.position.createdAt >= dayEnd) {
             ++day;
-            dayEnd = toEpochSeconds(localDay(first.addDays(day)).end);
+            dayEnd = toEpochSeconds(localDayStart(first.addDays(day + 1)));
         }
         days.entries.push_back({day, row.filter, row.project, row.duration, row.position});
     }
