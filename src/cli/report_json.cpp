@@ -4,9 +4,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include "cli/report_contents.h"
 #include "reports/percentage.h"
 #include "tree/duration_label.h"
-#include "cli/report_contents.h"
 
 namespace kivo {
 

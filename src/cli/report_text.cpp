@@ -2,10 +2,10 @@
 
 #include <QSet>
 
-#include "reports/percentage.h"
-#include "tree/duration_label.h"
 #include "cli/report_contents.h"
 #include "cli/report_text_table.h"
+#include "reports/percentage.h"
+#include "tree/duration_label.h"
 
 namespace kivo {
 

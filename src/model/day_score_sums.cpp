@@ -58,8 +58,8 @@ DayQuarters quartersOf(double begin, double end) {
     constexpr double quarter = score_summary::quarterSeconds;
     DayQuarters quarters{static_cast<std::int64_t>(std::floor(begin / quarter)),
                          static_cast<std::int64_t>(std::ceil(end / quarter)), false};
-    quarters.isWhole = begin >= 0 && begin < end && end < 1e15 &&
-                       std::fmod(begin, quarter) == 0 && std::fmod(end, quarter) == 0;
+    quarters.isWhole = begin >= 0 && begin < end && end < 1e15 && std::fmod(begin, quarter) == 0 &&
+                       std::fmod(end, quarter) == 0;
     return quarters;
 }
 
@@ -85,10 +85,11 @@ std::vector<DayScoreSums> dayScoreSums(RecordStore& store, QDate first, QDate la
     }
 
     static const std::string sql =
-        std::string("SELECT quarter, projectId, duration, ratedDuration, absDuration, absRated, "
-                    "members, unrated, typeof(duration) || typeof(ratedDuration) || "
-                    "typeof(absDuration) || typeof(absRated) = "
-                    "'integerintegerintegerinteger' FROM ") +
+        std::string(
+            "SELECT quarter, projectId, duration, ratedDuration, absDuration, absRated, "
+            "members, unrated, typeof(duration) || typeof(ratedDuration) || "
+            "typeof(absDuration) || typeof(absRated) = "
+            "'integerintegerintegerinteger' FROM ") +
         score_summary::sumsTable + " WHERE quarter >= ? AND quarter < ? ORDER BY quarter";
     std::map<std::string, bool, std::less<>> isCounted;
     std::size_t day = 0;

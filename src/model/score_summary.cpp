@@ -59,20 +59,21 @@ std::string addTotal(const std::string& row) {
     return "INSERT OR IGNORE INTO " + sums +
            " (quarter, projectId, duration, ratedDuration, absDuration, absRated, members, "
            "unrated) SELECT " +
-           quarterOf(row) + ", " + row + ".projectId, 0, 0, 0, 0, 0, 0 WHERE " +
-           isSummarised(row) + "; " + changeBy(row, "+");
+           quarterOf(row) + ", " + row + ".projectId, 0, 0, 0, 0, 0, 0 WHERE " + isSummarised(row) +
+           "; " + changeBy(row, "+");
 }
 
 std::string removeTotal(const std::string& row) {
-    return changeBy(row, "-") + "DELETE FROM " + sums + " WHERE members <= 0 AND quarter = " +
-           quarterOf(row) + " AND projectId = " + row + ".projectId AND " + isSummarised(row) +
-           "; ";
+    return changeBy(row, "-") + "DELETE FROM " + sums +
+           " WHERE members <= 0 AND quarter = " + quarterOf(row) + " AND projectId = " + row +
+           ".projectId AND " + isSummarised(row) + "; ";
 }
 
 // Moves the totals of filter `filterId` (an SQL expression) from the rating the sums hold to the
 // filter's current one, or to none when the filter is gone.
 std::vector<std::string> adoptRatingOf(const std::string& filterId) {
-    const std::string held = "(SELECT rating FROM " + ratings + " WHERE filterId = " + filterId + ")";
+    const std::string held =
+        "(SELECT rating FROM " + ratings + " WHERE filterId = " + filterId + ")";
     const std::string current = currentRatingOf(filterId);
     const std::string ratingChange = "(IFNULL(" + current + ", 0) - IFNULL(" + held + ", 0))";
     const std::string magnitudeChange = "(" + magnitude("IFNULL(" + current + ", 0)") + " - " +
@@ -125,13 +126,14 @@ std::vector<Trigger> triggers() {
          "AFTER UPDATE OF rating ON Filter WHEN old.id IS new.id AND old.rating IS NOT "
          "new.rating " +
              body(adoptRatingOf("new.id"))},
-        {"filterRename", "AFTER UPDATE OF id ON Filter WHEN old.id IS NOT new.id " + [] {
-             auto statements = adoptRatingOf("old.id");
-             for (auto& statement : adoptRatingOf("new.id")) {
-                 statements.push_back(std::move(statement));
-             }
-             return body(statements);
-         }()},
+        {"filterRename", "AFTER UPDATE OF id ON Filter WHEN old.id IS NOT new.id " +
+                             [] {
+                                 auto statements = adoptRatingOf("old.id");
+                                 for (auto& statement : adoptRatingOf("new.id")) {
+                                     statements.push_back(std::move(statement));
+                                 }
+                                 return body(statements);
+                             }()},
     };
 }
 

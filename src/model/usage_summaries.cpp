@@ -1,13 +1,13 @@
 #include "model/usage_summaries.h"
 
-#include "model/score_summary.h"
-
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <algorithm>
 #include <cmath>
 #include <iterator>
 #include <string_view>
+
+#include "model/score_summary.h"
 
 namespace kivo::usage_summaries {
 

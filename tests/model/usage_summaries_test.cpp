@@ -194,8 +194,9 @@ TEST(UsageSummaries, KeptByTheTriggersEqualOnesMadeFromTheRecords) {
         database.exec("UPDATE Replaced SET rating = -rating - 10");
         database.exec("INSERT OR REPLACE INTO Filter SELECT * FROM Replaced");
         database.exec("DELETE FROM Filter WHERE rowid = 3");
-        database.exec("UPDATE Replaced SET id = (SELECT filterId FROM TagUsage WHERE filterId NOT "
-                      "IN (SELECT id FROM Filter) LIMIT 1), rating = 60");
+        database.exec(
+            "UPDATE Replaced SET id = (SELECT filterId FROM TagUsage WHERE filterId NOT "
+            "IN (SELECT id FROM Filter) LIMIT 1), rating = 60");
         database.exec("INSERT INTO Filter SELECT * FROM Replaced");
         const Snapshot kept = summaries(database);
         EXPECT_GT(kept.size(), 300u) << seed;

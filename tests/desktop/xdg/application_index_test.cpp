@@ -4,9 +4,9 @@
 
 #include <QTemporaryDir>
 
-#include "model/diagnostics.h"
 #include "desktop/xdg/desktop_fixtures.h"
 #include "desktop/xdg/xdg_environment.h"
+#include "model/diagnostics.h"
 
 namespace kivo {
 namespace {
