@@ -337,7 +337,7 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
             // A store from an older Kivo, or one whose summaries another tool dropped, is
             // summarised once here; from then on the triggers keep it so.
             if (!usage_summaries::areCurrent(*database) ||
-                !usage_summaries::countEveryRow(*database)) {
+                !usage_summaries::noneReplaced(*database)) {
                 usage_summaries::rebuild(*database);
             }
             // Ratings changed behind the triggers' back are taken over before anything is read.
@@ -357,7 +357,7 @@ std::unique_ptr<RecordStore> RecordStore::open(const QString& path, Mode mode) {
         }
         const bool hasUsageSummaries =
             mode == Mode::ReadWrite || (missing.empty() && usage_summaries::areCurrent(*database) &&
-                                        usage_summaries::countEveryRow(*database));
+                                        usage_summaries::noneReplaced(*database));
         return std::unique_ptr<RecordStore>(
             new RecordStore(std::move(database), hasUsageSummaries));
     } catch (const SQLite::Exception& error) {

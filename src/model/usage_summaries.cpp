@@ -16,7 +16,7 @@ namespace {
 // Changing the stretches or the triggers' rules changes this text, so that stores summarised by
 // other rules are summarised anew on open.
 constexpr const char* versionKey = "usageSummaryVersion";
-constexpr const char* version = "3;128,32,4;900";
+constexpr const char* version = "4;128,32,4;900";
 
 struct SummarisedKind {
     const char* kind;
@@ -30,7 +30,8 @@ constexpr SummarisedKind kinds[] = {
     {"WebUsage", "domainName", ""},
 };
 
-constexpr const char* triggerEvents[] = {"insert", "delete", "update", "updateDuration"};
+constexpr const char* triggerEvents[] = {"insert",         "delete",  "update",
+                                         "updateDuration", "replace", "replaceByUpdate"};
 
 constexpr std::int64_t secondsPerDay = 86400;
 
@@ -114,14 +115,15 @@ std::string forEachStretch(const SummarisedKind& kind, const std::string& row,
     return sql;
 }
 
-// Row 0 of a summary counts every row of its kind's table. A tool that replaces a total
-// (INSERT OR REPLACE) deletes the old one without its delete trigger, which leaves this count one
-// too high: comparing it with the table's own count tells, and costs next to nothing.
-constexpr const char* rowCountDays = "0";
+// Row 0 of a summary marks totals replaced behind the triggers' back: a tool's INSERT OR REPLACE
+// (or UPDATE OR REPLACE) deletes the total it displaces without its delete trigger. The trigger
+// that runs before such a write sees the total about to go and sets the mark; a statement that
+// fails takes the mark back with it. Checking the mark on open costs one row, not a count of all.
+constexpr const char* replacedMarkDays = "0";
 
-std::string countRows(const SummarisedKind& kind, const char* sign) {
-    return "UPDATE " + tableOf(kind.kind) + " SET members = members " + sign +
-           " 1 WHERE days = " + rowCountDays + "; ";
+std::string markReplaced(const SummarisedKind& kind) {
+    return "UPDATE " + tableOf(kind.kind) + " SET members = 1 WHERE days = " + replacedMarkDays +
+           "; ";
 }
 
 std::string triggerName(const SummarisedKind& kind, const char* event) {
@@ -146,16 +148,25 @@ std::vector<std::string> triggerDefinitions(const SummarisedKind& kind) {
                         groupOf(kind, "new", days) + " AND " + isSummarised("new") + "; ";
     }
     const std::string on = std::string(" ON ") + kind.kind;
+    const std::string table = kind.kind;
+    // A conflicting id or an explicitly given rowid is what REPLACE deletes to make room.
+    const std::string displaces =
+        "EXISTS (SELECT 1 FROM " + table + " AS r WHERE (r.id = new.id OR r.rowid = new.rowid)";
     return {
         "CREATE TRIGGER " + triggerName(kind, "insert") + " AFTER INSERT" + on + " BEGIN " +
-            countRows(kind, "+") + forEachStretch(kind, "new", addTotal) + "END",
+            forEachStretch(kind, "new", addTotal) + "END",
         "CREATE TRIGGER " + triggerName(kind, "delete") + " AFTER DELETE" + on + " BEGIN " +
-            countRows(kind, "-") + forEachStretch(kind, "old", removeTotal) + "END",
+            forEachStretch(kind, "old", removeTotal) + "END",
         "CREATE TRIGGER " + triggerName(kind, "update") + " AFTER UPDATE" + on + " WHEN NOT (" +
             unchangedGroup + ") BEGIN " + forEachStretch(kind, "old", removeTotal) +
             forEachStretch(kind, "new", addTotal) + "END",
         "CREATE TRIGGER " + triggerName(kind, "updateDuration") + " AFTER UPDATE" + on + " WHEN " +
             unchangedGroup + " BEGIN " + durationOnly + "END",
+        "CREATE TRIGGER " + triggerName(kind, "replace") + " BEFORE INSERT" + on + " WHEN " +
+            displaces + ") BEGIN " + markReplaced(kind) + "END",
+        "CREATE TRIGGER " + triggerName(kind, "replaceByUpdate") + " BEFORE UPDATE" + on +
+            " WHEN (new.id IS NOT old.id OR new.rowid IS NOT old.rowid) AND " + displaces +
+            " AND r.rowid <> old.rowid) BEGIN " + markReplaced(kind) + "END",
     };
 }
 
@@ -275,13 +286,11 @@ bool areCurrent(SQLite::Database& database) {
     return score_summary::isInstalled(database);
 }
 
-bool countEveryRow(SQLite::Database& database) {
+bool noneReplaced(SQLite::Database& database) {
     for (const auto& kind : kinds) {
-        SQLite::Statement rows(database, std::string("SELECT COUNT(*) FROM ") + kind.kind);
-        SQLite::Statement counted(database, "SELECT members FROM " + tableOf(kind.kind) +
-                                                " WHERE days = " + rowCountDays);
-        if (!rows.executeStep() || !counted.executeStep() ||
-            rows.getColumn(0).getInt64() != counted.getColumn(0).getInt64()) {
+        SQLite::Statement mark(database, "SELECT members FROM " + tableOf(kind.kind) +
+                                             " WHERE days = " + replacedMarkDays);
+        if (!mark.executeStep() || mark.getColumn(0).getInt64() != 0) {
             return false;
         }
     }
@@ -296,8 +305,8 @@ void rebuild(SQLite::Database& database) {
         database.exec("DROP TABLE IF EXISTS " + tableOf(kind.kind));
         database.exec(tableDefinition(kind));
         database.exec("INSERT INTO " + tableOf(kind.kind) + " (days, stretch, filterId, " +
-                      kind.key + ", duration, members, firstCreatedAt, firstRowid) SELECT " +
-                      rowCountDays + ", 0, '', '', 0, COUNT(*), 0, 0 FROM " + kind.kind);
+                      kind.key + ", duration, members, firstCreatedAt, firstRowid) VALUES (" +
+                      replacedMarkDays + ", 0, '', '', 0, 0, 0, 0)");
         // Finest first, each coarser one from the one below it.
         constexpr std::size_t finest = std::size(stretchDays) - 1;
         database.exec(fillFromRecords(kind, stretchDays[finest]));

@@ -24,9 +24,10 @@ static_assert(stretchDays[0] % stretchDays[1] == 0 && stretchDays[1] % stretchDa
 // Whether the summaries and all their triggers are there, made by this version of the rules.
 bool areCurrent(SQLite::Database& database);
 
-// Whether they have counted every row of the totals' tables, as the triggers do. A tool that
-// replaces a total (INSERT OR REPLACE) deletes the old one without its triggers, and this tells.
-bool countEveryRow(SQLite::Database& database);
+// Whether no total has been replaced behind the triggers' back. A tool that replaces a total
+// (INSERT OR REPLACE) deletes the old one without its delete trigger; a trigger that runs before
+// the write marks the summaries, and this tells.
+bool noneReplaced(SQLite::Database& database);
 
 // Drops whatever summaries there are, makes them anew from the records and installs the triggers.
 // Runs inside the caller's transaction.

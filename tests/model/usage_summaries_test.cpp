@@ -237,6 +237,20 @@ TEST(UsageSummaries, StaleOnesAreMadeAnewOnOpenAndNotReadBeforeThat) {
             db.exec("INSERT OR REPLACE INTO TagUsage (id, duration, " + columns +
                     ") SELECT id, duration + 1, " + columns + " FROM TagUsage WHERE rowid % 4 = 0");
         },
+        // The same through an explicitly given rowid, under a new id.
+        [](SQLite::Database& db) {
+            const std::string columns =
+                "duration, filterId, domainName, createdAt, updatedAt, "
+                "isDeleted";
+            db.exec("INSERT OR REPLACE INTO WebUsage (rowid, id, " + columns + ") SELECT 5, " +
+                    "'moved', " + columns + " FROM WebUsage WHERE rowid = 3");
+        },
+        // And through an update that takes another total's id.
+        [](SQLite::Database& db) {
+            db.exec(
+                "UPDATE OR REPLACE AppUsage SET id = (SELECT id FROM AppUsage WHERE rowid = 2) "
+                "WHERE rowid = 7");
+        },
     };
     for (std::size_t i = 0; i < staleness.size(); ++i) {
         SCOPED_TRACE(i);
