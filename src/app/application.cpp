@@ -5,36 +5,12 @@
 
 #include "app/tracker_command.h"
 #include "app/window_command.h"
-#include "cli/report_command.h"
 
 namespace kivo {
 
-namespace {
-
-constexpr const char* usage =
-    "Usage: kivo [--hidden | --help | --version]\n"
-    "       kivo record\n"
-    "       kivo report [--from YYYY-MM-DD] [--to YYYY-MM-DD] [--days N] [--json]\n"
-    "\n"
-    "Without a command Kivo opens its window and tray item and records which application is\n"
-    "in front, once per tick, until you quit it; starting it again brings the window back.\n"
-    "With --hidden it starts in the tray only, as the login autostart entry does.\n"
-    "`kivo record` records the same way without a window until it is interrupted.\n"
-    "`kivo report` prints where the time went.\n";
-
-}  // namespace
-
 int runApplication(int argc, char* argv[]) {
-    if (argc > 1 && std::strcmp(argv[1], "report") == 0) {
-        return runReportCommand(argc, argv);
-    }
-    if (argc == 2 && (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0)) {
-        std::fputs(usage, stdout);
-        return 0;
-    }
-    if (argc == 2 && std::strcmp(argv[1], "--version") == 0) {
-        std::printf("kivo %s\n", KIVO_VERSION);
-        return 0;
+    if (argc == 1) {
+        return runWindow(argc, argv);
     }
     if (argc == 2 && std::strcmp(argv[1], "record") == 0) {
         return runTracker(argc, argv);
@@ -42,11 +18,8 @@ int runApplication(int argc, char* argv[]) {
     if (argc == 2 && std::strcmp(argv[1], "--hidden") == 0) {
         return runWindow(argc, argv, true);
     }
-    if (argc > 1) {
-        std::fputs(usage, stderr);
-        return 2;
-    }
-    return runWindow(argc, argv);
+    std::fputs("kivo-app is started by kivo; see kivo --help\n", stderr);
+    return 2;
 }
 
 }  // namespace kivo

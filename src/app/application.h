@@ -2,8 +2,8 @@
 
 namespace kivo {
 
-// Kivo's entry: `kivo` opens the window application, `kivo record` records without a window,
-// `kivo report ...` prints a report, and `--help` and `--version` answer as usual.
+// The window application behind `kivo`: no arguments open the window and tray item, `--hidden`
+// starts in the tray only, `record` records without a window.
 int runApplication(int argc, char* argv[]);
 
 }  // namespace kivo

@@ -1,5 +1,5 @@
-#include "app/application.h"
+#include "app/command_line.h"
 
 int main(int argc, char* argv[]) {
-    return kivo::runApplication(argc, argv);
+    return kivo::runCommandLine(argc, argv);
 }

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "app/browser_wiring.h"
+#include "app/install_layout.h"
 #include "app/termination_signals.h"
 #include "gui/icons.h"
 #include "gui/kivo_app.h"
@@ -42,7 +43,7 @@ int runWindow(int argc, char* argv[], bool hidden) {
 
     const SystemClock clock;
     const auto browserTabs = startBrowserTabs(clock);
-    KivoApp kivo(*browserTabs);
+    KivoApp kivo(*browserTabs, QString::fromStdString(launcherExecutable().string()));
     QObject::connect(&instance, &SingleInstance::activated, &kivo, &KivoApp::reopenMainWindow);
     kivo.start(hidden);
     return QApplication::exec();

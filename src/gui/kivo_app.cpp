@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QMenuBar>
 #include <QStatusBar>
+#include <utility>
 
 #include "desktop/desktop_factory.h"
 #include "desktop/retrying_desktop.h"
@@ -17,12 +18,13 @@
 
 namespace kivo {
 
-KivoApp::KivoApp(BrowserTabs& browserTabs, QObject* parent)
+KivoApp::KivoApp(BrowserTabs& browserTabs, QString launcher, QObject* parent)
     : QObject(parent),
       storeLock_(lockStoreOrExit(RecordStore::defaultPath())),
       store_(openStoreOrExit(RecordStore::defaultPath())),
       settings_(ApplicationSettings::openDefault()),
-      catalog_(XdgEnvironment::fromProcess()) {
+      catalog_(XdgEnvironment::fromProcess()),
+      launcher_(std::move(launcher)) {
     chooseFocusedWindowSource();
     recorder_ = std::make_unique<Recorder>(*desktop_, browserTabs, *store_, *settings_, clock_);
     presence_ = choosePresence(*settings_, clock_);
@@ -102,7 +104,7 @@ void KivoApp::openSettings() {
             new SettingsView(*settings_,
                              SessionFacts{sessionDesktopBackend(), desktopFailure_,
                                           RecordStore::defaultPath(), settings_->filePath()},
-                             AutostartEntry(), QCoreApplication::applicationFilePath());
+                             AutostartEntry(), launcher_);
         settingsWindow_->setAttribute(Qt::WA_DeleteOnClose);
         settingsWindow_->setWindowFlag(Qt::WindowMinMaxButtonsHint, false);
         settingsWindow_->resize(620, 400);

@@ -29,7 +29,8 @@ class KivoApp : public QObject {
     Q_OBJECT
 
 public:
-    explicit KivoApp(BrowserTabs& browserTabs, QObject* parent = nullptr);
+    // `launcher` is the command the login autostart entry runs.
+    KivoApp(BrowserTabs& browserTabs, QString launcher, QObject* parent = nullptr);
     ~KivoApp() override;
 
     // Shows the main window (its first appearance starts recording) and the tray item, then
@@ -55,6 +56,7 @@ private:
     XdgApplicationCatalog catalog_;
     // Why no backend reads the focused window, or empty when one does.
     QString desktopFailure_;
+    QString launcher_;
     std::unique_ptr<FocusedWindowSource> desktop_;
     std::unique_ptr<PresenceSource> presence_;
     std::unique_ptr<Recorder> recorder_;
