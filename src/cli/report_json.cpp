@@ -1,15 +1,15 @@
 #include "cli/report_json.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <algorithm>
 
+#include "cli/json_writer.h"
 #include "cli/report_contents.h"
 #include "reports/percentage.h"
 #include "tree/duration_label.h"
 
 namespace kivo {
 
+// Every object's keys are written in sorted order, as a JSON object of Qt keeps them.
 namespace {
 
 QString idText(const QUuid& id) {
@@ -20,141 +20,180 @@ QString dateText(QDate date) {
     return date.toString(Qt::ISODate);
 }
 
-QJsonValue integer(std::int64_t value) {
-    return QJsonValue(static_cast<qint64>(value));
-}
-
-QJsonObject durationFields(std::int64_t duration) {
-    return {{QStringLiteral("duration"), integer(duration)},
-            {QStringLiteral("label"), formatDurationLabel(duration)}};
-}
-
-QJsonObject with(QJsonObject object, const QJsonObject& more) {
-    for (auto it = more.begin(); it != more.end(); ++it) {
-        object.insert(it.key(), it.value());
-    }
-    return object;
-}
-
-QJsonObject treeJson(const TreeSnapshot& tree) {
-    QJsonArray projects;
-    for (const auto& project : tree.projects) {
-        QJsonArray filters;
-        for (const auto& filter : project.filters) {
-            filters.append(with(durationFields(filter.duration),
-                                {{QStringLiteral("id"), idText(filter.id)},
-                                 {QStringLiteral("name"), filter.name},
-                                 {QStringLiteral("isToggled"), filter.isToggled}}));
-        }
-        projects.append(with(durationFields(project.duration),
-                             {{QStringLiteral("id"), idText(project.id)},
-                              {QStringLiteral("name"), project.name},
-                              {QStringLiteral("isExpanded"), project.isExpanded},
-                              {QStringLiteral("isArchived"), project.isArchived},
-                              {QStringLiteral("isToggled"), project.isToggled},
-                              {QStringLiteral("filters"), filters}}));
-    }
-    QJsonArray enableFilters;
+void writeTree(JsonWriter& json, const TreeSnapshot& tree) {
+    json.beginObject();
+    json.key("duration").value(tree.durationTotal);
+    json.key("enableFilters").beginArray();
     for (const auto& id : tree.enableFilters) {
-        enableFilters.append(idText(id));
+        json.value(idText(id));
     }
-    return with(durationFields(tree.durationTotal),
-                {{QStringLiteral("name"), tree.root.name},
-                 {QStringLiteral("isShowArchivedProject"), tree.isShowArchivedProject},
-                 {QStringLiteral("enableFilters"), enableFilters},
-                 {QStringLiteral("projects"), projects}});
+    json.endArray();
+    json.key("isShowArchivedProject").value(tree.isShowArchivedProject);
+    json.key("label").value(formatDurationLabel(tree.durationTotal));
+    json.key("name").value(tree.root.name);
+    json.key("projects").beginArray();
+    for (const auto& project : tree.projects) {
+        json.beginObject();
+        json.key("duration").value(project.duration);
+        json.key("filters").beginArray();
+        for (const auto& filter : project.filters) {
+            json.beginObject();
+            json.key("duration").value(filter.duration);
+            json.key("id").value(idText(filter.id));
+            json.key("isToggled").value(filter.isToggled);
+            json.key("label").value(formatDurationLabel(filter.duration));
+            json.key("name").value(filter.name);
+            json.endObject();
+        }
+        json.endArray();
+        json.key("id").value(idText(project.id));
+        json.key("isArchived").value(project.isArchived);
+        json.key("isExpanded").value(project.isExpanded);
+        json.key("isToggled").value(project.isToggled);
+        json.key("label").value(formatDurationLabel(project.duration));
+        json.key("name").value(project.name);
+        json.endObject();
+    }
+    json.endArray();
+    json.endObject();
 }
 
-QJsonObject rowFields(const AppDisplayItem& row) {
-    return {{QStringLiteral("appName"), row.appName},
-            {QStringLiteral("appBundleId"), row.appBundleId},
-            {QStringLiteral("filterId"), idText(row.filterId)}};
+// A row's duration, label and percentage, written among its own fields in key order.
+struct RowShare {
+    std::int64_t duration;
+    QString percentage;
+};
+
+void writeDuration(JsonWriter& json, const RowShare& share) {
+    json.key("duration").value(share.duration);
 }
 
-QJsonObject rowFields(const WebDisplayItem& row) {
-    return {{QStringLiteral("domainName"), row.domainName}};
+void writeLabelAndPercentage(JsonWriter& json, const RowShare& share) {
+    json.key("label").value(formatDurationLabel(share.duration));
+    json.key("percentage").value(share.percentage);
 }
 
-QJsonObject rowFields(const TagDisplayItem& row) {
-    return {{QStringLiteral("projectName"), row.projectName},
-            {QStringLiteral("tagName"), row.tagName},
-            {QStringLiteral("filterId"), idText(row.filterId)}};
+void writeRow(JsonWriter& json, const AppDisplayItem& row, const RowShare& share) {
+    json.key("appBundleId").value(row.appBundleId);
+    json.key("appName").value(row.appName);
+    writeDuration(json, share);
+    json.key("filterId").value(idText(row.filterId));
+    writeLabelAndPercentage(json, share);
 }
 
-QJsonObject rowFields(const ProjectDisplayItem& row) {
-    return {{QStringLiteral("projectName"), row.projectName},
-            {QStringLiteral("projectId"), idText(row.projectId)}};
+void writeRow(JsonWriter& json, const WebDisplayItem& row, const RowShare& share) {
+    json.key("domainName").value(row.domainName);
+    writeDuration(json, share);
+    writeLabelAndPercentage(json, share);
+}
+
+void writeRow(JsonWriter& json, const TagDisplayItem& row, const RowShare& share) {
+    writeDuration(json, share);
+    json.key("filterId").value(idText(row.filterId));
+    writeLabelAndPercentage(json, share);
+    json.key("projectName").value(row.projectName);
+    json.key("tagName").value(row.tagName);
+}
+
+void writeRow(JsonWriter& json, const ProjectDisplayItem& row, const RowShare& share) {
+    writeDuration(json, share);
+    writeLabelAndPercentage(json, share);
+    json.key("projectId").value(idText(row.projectId));
+    json.key("projectName").value(row.projectName);
 }
 
 template <class Row>
-QJsonObject usageJson(const UsageReport<Row>& report) {
-    const auto rows = [&report](const std::vector<Row>& dataSet) {
-        QJsonArray array;
+void writeUsage(JsonWriter& json, const UsageReport<Row>& report) {
+    const auto writeRows = [&](const std::vector<Row>& dataSet) {
+        json.beginArray();
         for (const auto& row : dataSet) {
-            QJsonObject object = with(durationFields(row.duration), rowFields(row));
-            object.insert(QStringLiteral("percentage"),
-                          percentageText(row.duration, report.durationTotal));
-            array.append(object);
+            json.beginObject();
+            writeRow(json, row, {row.duration, percentageText(row.duration, report.durationTotal)});
+            json.endObject();
         }
-        return array;
+        json.endArray();
     };
-    return {{QStringLiteral("durationTotal"), integer(report.durationTotal)},
-            {QStringLiteral("tableDataSet"), rows(report.tableDataSet)},
-            {QStringLiteral("chartDataSet"), rows(report.chartDataSet)}};
+    json.beginObject();
+    json.key("chartDataSet");
+    writeRows(report.chartDataSet);
+    json.key("durationTotal").value(report.durationTotal);
+    json.key("tableDataSet");
+    writeRows(report.tableDataSet);
+    json.endObject();
 }
 
-QJsonObject barJson(const BarChartData& bar) {
-    return {{QStringLiteral("name"), bar.name},
-            {QStringLiteral("value"), bar.value},
-            {QStringLiteral("annotation"), integer(bar.annotation)},
-            {QStringLiteral("projectName"), bar.projectName}};
+void writeBars(JsonWriter& json, const std::vector<BarChartData>& bars) {
+    json.beginArray();
+    for (const auto& bar : bars) {
+        json.beginObject();
+        json.key("annotation").value(bar.annotation);
+        json.key("name").value(bar.name);
+        json.key("projectName").value(bar.projectName);
+        json.key("value").value(bar.value);
+        json.endObject();
+    }
+    json.endArray();
 }
 
-QJsonObject productivityJson(const ReportContents& contents) {
-    QJsonArray days;
+void writeProductivity(JsonWriter& json, const ReportContents& contents) {
+    json.beginObject();
+    json.key("bars");
+    writeBars(json, contents.productivityBars);
+    json.key("days").beginArray();
     for (const auto& day : contents.dayScores) {
-        days.append(
-            with(durationFields(day.duration), {{QStringLiteral("date"), dateText(day.date)},
-                                                {QStringLiteral("value"), integer(day.score)}}));
+        json.beginObject();
+        json.key("date").value(dateText(day.date));
+        json.key("duration").value(day.duration);
+        json.key("label").value(formatDurationLabel(day.duration));
+        json.key("value").value(day.score);
+        json.endObject();
     }
-    QJsonArray bars;
-    for (const auto& bar : contents.productivityBars) {
-        bars.append(barJson(bar));
-    }
-    return {{QStringLiteral("days"), days}, {QStringLiteral("bars"), bars}};
+    json.endArray();
+    json.endObject();
 }
 
-QJsonObject projectBarsJson(const ProjectBarChart& chart) {
-    QJsonArray dataSet;
-    for (const auto& bar : chart.dataSet) {
-        dataSet.append(barJson(bar));
+void writeProjectBars(JsonWriter& json, const ProjectBarChart& chart) {
+    json.beginObject();
+    json.key("dataSet");
+    writeBars(json, chart.dataSet);
+    json.key("durationPerDay").beginObject();
+    QStringList days = chart.durationPerDay.keys();
+    std::sort(days.begin(), days.end());
+    for (const auto& day : days) {
+        json.key(day).value(chart.durationPerDay.value(day));
     }
-    QJsonObject durationPerDay;
-    for (auto it = chart.durationPerDay.begin(); it != chart.durationPerDay.end(); ++it) {
-        durationPerDay.insert(it.key(), integer(it.value()));
-    }
-    return {{QStringLiteral("dataSet"), dataSet},
-            {QStringLiteral("durationPerDay"), durationPerDay},
-            {QStringLiteral("durationPeriodMaxHour"), integer(chart.durationPeriodMaxHour)}};
+    json.endObject();
+    json.key("durationPeriodMaxHour").value(chart.durationPeriodMaxHour);
+    json.endObject();
 }
 
 }  // namespace
 
 QByteArray reportJson(const ReportContents& contents) {
-    const QJsonObject range{{QStringLiteral("from"), dateText(contents.from)},
-                            {QStringLiteral("to"), dateText(contents.to)},
-                            {QStringLiteral("today"), dateText(contents.today)},
-                            {QStringLiteral("days"), contents.days}};
-    const QJsonObject report{
-        {QStringLiteral("range"), range},
-        {QStringLiteral("tree"), treeJson(contents.tree)},
-        {QStringLiteral("applications"), usageJson(contents.applications)},
-        {QStringLiteral("websites"), usageJson(contents.websites)},
-        {QStringLiteral("tags"), usageJson(contents.tags)},
-        {QStringLiteral("projects"), usageJson(contents.projects)},
-        {QStringLiteral("productivity"), productivityJson(contents)},
-        {QStringLiteral("projectBars"), projectBarsJson(contents.projectBars)}};
-    return QJsonDocument(report).toJson(QJsonDocument::Indented);
+    JsonWriter json;
+    json.beginObject();
+    json.key("applications");
+    writeUsage(json, contents.applications);
+    json.key("productivity");
+    writeProductivity(json, contents);
+    json.key("projectBars");
+    writeProjectBars(json, contents.projectBars);
+    json.key("projects");
+    writeUsage(json, contents.projects);
+    json.key("range").beginObject();
+    json.key("days").value(contents.days);
+    json.key("from").value(dateText(contents.from));
+    json.key("to").value(dateText(contents.to));
+    json.key("today").value(dateText(contents.today));
+    json.endObject();
+    json.key("tags");
+    writeUsage(json, contents.tags);
+    json.key("tree");
+    writeTree(json, contents.tree);
+    json.key("websites");
+    writeUsage(json, contents.websites);
+    json.endObject();
+    return json.finish();
 }
 
 }  // namespace kivo
