@@ -13,7 +13,7 @@ ReportContents collectReport(RecordStore& store, ApplicationSettings& settings, 
     const QDate today = localDateOf(clock.now());
     ProjectTreeViewModel tree(store, settings, clock);
     tree.loadSavedTree();
-    tree.recomputeTreeDurations(arguments.from, arguments.to);
+    const auto treeGroups = tree.recomputeTreeDurations(arguments.from, arguments.to);
 
     ReportContents contents;
     contents.from = arguments.from;
@@ -26,8 +26,8 @@ ReportContents collectReport(RecordStore& store, ApplicationSettings& settings, 
     contents.applications =
         computeApplicationReport(store, selection, arguments.from, arguments.to);
     contents.websites = computeWebsiteReport(store, selection, arguments.from, arguments.to);
-    contents.tags = computeFilterReport(store, selection, arguments.from, arguments.to);
-    contents.projects = computeProjectReport(store, selection, arguments.from, arguments.to);
+    contents.tags = computeFilterReportFromTree(treeGroups, selection);
+    contents.projects = computeProjectReportFromTree(treeGroups, selection);
 
     const auto scores = productivityOfDays(store, productivityInputs(store, selection),
                                            arguments.from, arguments.to);

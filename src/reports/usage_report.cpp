@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QSet>
 #include <algorithm>
+#include <iterator>
 
 #include "model/checked_arithmetic.h"
 #include "model/fatal.h"
@@ -136,6 +137,17 @@ UsageReport<ProjectDisplayItem> projectReport(const std::vector<TagUsageGroup>& 
         });
 }
 
+// Dropping the groups of uncounted filters leaves the others in the order they were first seen.
+std::vector<TagUsageGroup> countedGroups(const std::vector<TagUsageGroup>& groups,
+                                         const ReportSelection& selection) {
+    const QSet<QUuid> counted = countedFilters(selection);
+    std::vector<TagUsageGroup> kept;
+    std::copy_if(
+        groups.begin(), groups.end(), std::back_inserter(kept),
+        [&counted](const TagUsageGroup& group) { return counted.contains(group.filterId); });
+    return kept;
+}
+
 }  // namespace
 
 UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
@@ -180,6 +192,16 @@ UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
                                                      QDate minDate, QDate maxDate) {
     return projectReport(
         tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)), selection);
+}
+
+UsageReport<TagDisplayItem> computeFilterReportFromTree(
+    const std::vector<TagUsageGroup>& treeGroups, const ReportSelection& selection) {
+    return filterReport(countedGroups(treeGroups, selection), selection);
+}
+
+UsageReport<ProjectDisplayItem> computeProjectReportFromTree(
+    const std::vector<TagUsageGroup>& treeGroups, const ReportSelection& selection) {
+    return projectReport(countedGroups(treeGroups, selection), selection);
 }
 
 }  // namespace kivo

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "model/range_totals.h"
 #include "reports/display_items.h"
 
 namespace kivo {
@@ -39,5 +40,11 @@ UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
                                                      const ReportSelection& selection,
                                                      QDate minDate, QDate maxDate);
+// The same two from the range's tag usage already read for the tree (which counts every filter
+// the selection counts, and more): one reading serves the tree and both reports.
+UsageReport<TagDisplayItem> computeFilterReportFromTree(
+    const std::vector<TagUsageGroup>& treeGroups, const ReportSelection& selection);
+UsageReport<ProjectDisplayItem> computeProjectReportFromTree(
+    const std::vector<TagUsageGroup>& treeGroups, const ReportSelection& selection);
 
 }  // namespace kivo

@@ -142,13 +142,17 @@ void ProjectTreeViewModel::buildTreeFromRecords() {
     recomputeTreeDurations(minSelectedDate_, maxSelectedDate_);
 }
 
-void ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate) {
+std::vector<TagUsageGroup> ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate,
+                                                                        QDate maxSelectedDate) {
     minSelectedDate_ = minSelectedDate;
     maxSelectedDate_ = maxSelectedDate;
-    if (!projects_.empty()) {
-        showDurations(
-            tagUsageGroups(store_, localDays(minSelectedDate, maxSelectedDate), treeFilters()));
+    if (projects_.empty()) {
+        return {};
     }
+    auto groups =
+        tagUsageGroups(store_, localDays(minSelectedDate, maxSelectedDate), treeFilters());
+    showDurations(groups);
+    return groups;
 }
 
 // Only the filters of the tree are summed: a record of any other adds to no node.

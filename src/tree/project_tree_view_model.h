@@ -59,7 +59,9 @@ public:
     // Every project (deleted ones without filters) with its live filters, all expanded and
     // counted, in the store's order; then the durations of the selected days.
     void buildTreeFromRecords();
-    void recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate);
+    // Returns the range's tag usage of the tree's filters, which the tag and project reports can
+    // take instead of reading the range again.
+    std::vector<TagUsageGroup> recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate);
 
     // Drag and drop: the nodes at `offsets` go before the node at `destination`; then the tree
     // is saved. Filters only move within their own project.

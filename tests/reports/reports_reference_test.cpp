@@ -333,8 +333,11 @@ void expectReportsMatchTheRecords(RandomStore& r, unsigned seed,
                 }
                 EXPECT_EQ(h.tree.durationTotal(), total);
             };
-            h.tree.recomputeTreeDurations(from, to);
+            const auto treeGroups = h.tree.recomputeTreeDurations(from, to);
             expectTreeDurations();
+            // The reports from the tree's reading count only the selection's filters.
+            EXPECT_EQ(shown(computeFilterReportFromTree(treeGroups, s)), tagRows);
+            EXPECT_EQ(shown(computeProjectReportFromTree(treeGroups, s)), projectRows);
         }
     }
 }
