@@ -2,6 +2,8 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include "model/usage_summaries.h"
+
 namespace kivo::score_summary {
 
 namespace {
@@ -141,22 +143,15 @@ std::string triggerName(const Trigger& trigger) {
     return sums + "_" + trigger.name;
 }
 
-bool exists(SQLite::Database& database, const char* type, const std::string& name) {
-    SQLite::Statement query(database,
-                            "SELECT 1 FROM sqlite_schema WHERE type = ? AND name = ? LIMIT 1");
-    query.bind(1, type);
-    query.bind(2, name);
-    return query.executeStep();
-}
-
 }  // namespace
 
 bool isInstalled(SQLite::Database& database) {
-    if (!exists(database, "table", sums) || !exists(database, "table", ratings)) {
+    if (!usage_summaries::schemaHas(database, "table", sums) ||
+        !usage_summaries::schemaHas(database, "table", ratings)) {
         return false;
     }
     for (const auto& trigger : triggers()) {
-        if (!exists(database, "trigger", triggerName(trigger))) {
+        if (!usage_summaries::schemaHas(database, "trigger", triggerName(trigger))) {
             return false;
         }
     }

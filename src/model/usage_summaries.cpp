@@ -210,14 +210,6 @@ std::string fillFromFiner(const SummarisedKind& kind, int days, int finerDays) {
            ")) WHERE place = 1";
 }
 
-bool exists(SQLite::Database& database, const char* type, const std::string& name) {
-    SQLite::Statement query(database,
-                            "SELECT 1 FROM sqlite_schema WHERE type = ? AND name = ? LIMIT 1");
-    query.bind(1, type);
-    query.bind(2, name);
-    return query.executeStep();
-}
-
 // Stretch numbers of [begin, end) whose stretches lie wholly within it, made exact where the
 // division rounds.
 std::pair<std::int64_t, std::int64_t> wholeStretches(double begin, double end, double span) {
@@ -260,12 +252,20 @@ void cut(double begin, double end, std::size_t level, std::vector<RangePiece>& p
 
 }  // namespace
 
+bool schemaHas(SQLite::Database& database, const char* type, const std::string& name) {
+    SQLite::Statement query(database,
+                            "SELECT 1 FROM sqlite_schema WHERE type = ? AND name = ? LIMIT 1");
+    query.bind(1, type);
+    query.bind(2, name);
+    return query.executeStep();
+}
+
 std::string tableOf(const char* kind) {
     return std::string(kind) + "Summary";
 }
 
 bool areCurrent(SQLite::Database& database) {
-    if (!exists(database, "table", "KivoMeta")) {
+    if (!schemaHas(database, "table", "KivoMeta")) {
         return false;
     }
     SQLite::Statement stored(database, "SELECT value FROM KivoMeta WHERE key = ?");
@@ -274,11 +274,11 @@ bool areCurrent(SQLite::Database& database) {
         return false;
     }
     for (const auto& kind : kinds) {
-        if (!exists(database, "table", tableOf(kind.kind))) {
+        if (!schemaHas(database, "table", tableOf(kind.kind))) {
             return false;
         }
         for (const char* event : triggerEvents) {
-            if (!exists(database, "trigger", triggerName(kind, event))) {
+            if (!schemaHas(database, "trigger", triggerName(kind, event))) {
                 return false;
             }
         }

@@ -48,6 +48,9 @@ struct RangePiece {
 // Cuts [begin, end) into whole stretches, coarsest first, and the records left at its edges.
 std::vector<RangePiece> piecesOf(double begin, double end);
 
+// Whether the store's schema holds a `type` ("table", "trigger") called `name`.
+bool schemaHas(SQLite::Database& database, const char* type, const std::string& name);
+
 // The summary table of a record kind.
 std::string tableOf(const char* kind);
 
