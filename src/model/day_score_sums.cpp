@@ -1,13 +1,13 @@
 #include "model/day_score_sums.h"
 
 #include <cmath>
-#include <map>
 #include <string>
 #include <string_view>
 
 #include "model/local_day.h"
 #include "model/record_store.h"
 #include "model/score_summary.h"
+#include "model/text_numbers.h"
 
 namespace kivo {
 
@@ -87,11 +87,10 @@ std::vector<DayScoreSums> dayScoreSums(RecordStore& store, QDate first, QDate la
     static const std::string sql =
         std::string(
             "SELECT quarter, projectId, duration, ratedDuration, absDuration, absRated, "
-            "members, unrated, typeof(duration) || typeof(ratedDuration) || "
-            "typeof(absDuration) || typeof(absRated) = "
-            "'integerintegerintegerinteger' FROM ") +
+            "members, unrated FROM ") +
         score_summary::sumsTable + " WHERE quarter >= ? AND quarter < ? ORDER BY quarter";
-    std::map<std::string, bool, std::less<>> isCounted;
+    TextNumbers projects;
+    std::vector<bool> isCounted;  // by project number, decided once per project
     std::size_t day = 0;
     store.read(sql, {quarters.front().first, quarters.back().end}, [&](const RowCells& row) {
         const std::int64_t quarter = row.integer(0);
@@ -101,21 +100,22 @@ std::vector<DayScoreSums> dayScoreSums(RecordStore& store, QDate first, QDate la
         if (day == days.size() || quarter < quarters[day].first || !days[day].isKnown) {
             return;
         }
-        const std::string_view project = row.text(1);
-        auto counted = isCounted.find(project);
-        if (counted == isCounted.end()) {
-            counted = isCounted.emplace(project, countedProjects.contains(uuidOf(project))).first;
+        const std::uint32_t project = projects.numberOf(row.text(1));
+        if (project == isCounted.size()) {
+            isCounted.push_back(countedProjects.contains(uuidOf(projects.text(project))));
         }
-        if (!counted->second) {
+        if (!isCounted[project]) {
             return;
         }
         DayScoreSums& sums = days[day];
-        sums.isKnown = row.integer(8) == 1 && row.integer(7) == 0 &&
-                       addExactly(sums.duration, row.integer(2)) &&
-                       addExactly(sums.ratedDuration, row.integer(3)) &&
-                       addExactly(absDurations[day], row.integer(4)) &&
-                       addExactly(sums.absRated, row.integer(5)) &&
-                       addExactly(sums.members, row.integer(6));
+        // A hand-edited sum that is not an integer cannot be told exactly.
+        const bool areIntegers =
+            row.isInteger(2) && row.isInteger(3) && row.isInteger(4) && row.isInteger(5);
+        sums.isKnown =
+            areIntegers && row.integer(7) == 0 && addExactly(sums.duration, row.integer(2)) &&
+            addExactly(sums.ratedDuration, row.integer(3)) &&
+            addExactly(absDurations[day], row.integer(4)) &&
+            addExactly(sums.absRated, row.integer(5)) && addExactly(sums.members, row.integer(6));
     });
     return days;
 }

@@ -8,6 +8,7 @@
 
 #include "model/checked_arithmetic.h"
 #include "model/record_store.h"
+#include "model/text_numbers.h"
 #include "model/usage_summaries.h"
 
 namespace kivo {
@@ -57,41 +58,6 @@ QString utf8(std::string_view text) {
 QUuid uuidOf(std::string_view text) {
     return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
 }
-
-struct TextHash {
-    using is_transparent = void;
-    std::size_t operator()(std::string_view text) const {
-        return std::hash<std::string_view>{}(text);
-    }
-};
-
-// Dense numbers for the distinct texts of a column, so that a range of totals is grouped without
-// making a string for every row.
-class TextNumbers {
-public:
-    std::uint32_t numberOf(std::string_view text) {
-        // Neighbouring totals often share a filter: the index orders a moment's totals by it.
-        if (!texts_.empty() && text == texts_[lastNumber_]) {
-            return lastNumber_;
-        }
-        const auto found = numbers_.find(text);
-        if (found != numbers_.end()) {
-            lastNumber_ = found->second;
-        } else {
-            lastNumber_ = static_cast<std::uint32_t>(texts_.size());
-            // The map's nodes stay put, so their keys can be viewed by number.
-            texts_.push_back(numbers_.emplace(std::string(text), lastNumber_).first->first);
-        }
-        return lastNumber_;
-    }
-    std::string_view text(std::uint32_t number) const { return texts_[number]; }
-    std::size_t size() const { return texts_.size(); }
-
-private:
-    std::unordered_map<std::string, std::uint32_t, TextHash, std::equal_to<>> numbers_;
-    std::vector<std::string_view> texts_;
-    std::uint32_t lastNumber_ = 0;
-};
 
 // Sums a range's live totals by filter (column 0) and key (column 1); column 2 is the duration,
 // then come the position columns. `make` starts a group from its first row, `rename` takes the

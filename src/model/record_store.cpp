@@ -466,6 +466,10 @@ double RowCells::real(int column) const {
     return sqlite3_column_double(statement_, column);
 }
 
+bool RowCells::isInteger(int column) const {
+    return sqlite3_column_type(statement_, column) == SQLITE_INTEGER;
+}
+
 void RecordStore::Finalizer::operator()(sqlite3_stmt* statement) const {
     sqlite3_finalize(statement);
 }

@@ -66,6 +66,8 @@ public:
     std::string_view text(int column) const;
     std::int64_t integer(int column) const;
     double real(int column) const;
+    // Whether the column holds an integer; asked before reading it, which may convert it.
+    bool isInteger(int column) const;
 
 private:
     sqlite3_stmt* statement_;
