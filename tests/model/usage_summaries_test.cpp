@@ -317,5 +317,41 @@ TEST(UsageSummaries, SumsOfOtherRatingsAreNotReadAndAreMovedOnOpen) {
     EXPECT_EQ(summaries(database), rebuilt(database));
 }
 
+TEST(UsageSummaries, ADaySumThatIsNoLongerAnIntegerIsLeftToTheRecords) {
+    TempHome home;
+    RandomTotals totals(6);
+    {
+        auto store = home.openStore();
+        totals.rateFilters(*store);
+        totals.insertSome(*store, 150);
+        store->save();
+    }
+    QHash<QUuid, std::int64_t> ratings;
+    const QDate first = QDate(1970, 1, 1).addDays(20'000);
+    const QDate last = first.addDays(120);
+    const auto daySums = [&] {
+        auto readOnly = RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly);
+        for (const auto& filter : readOnly->fetch<Filter>()) {
+            ratings.insert(filter.id, filter.rating);
+        }
+        return dayScoreSums(*readOnly, first, last, totals.projects(), ratings);
+    };
+    const auto before = daySums();
+    {
+        // Another tool writes fractions into the sums; each reads back as the same integer.
+        SQLite::Database database(home.storePath().toStdString(), SQLite::OPEN_READWRITE);
+        database.exec("UPDATE TagScoreSummary SET ratedDuration = ratedDuration + 0.25");
+    }
+    const auto after = daySums();
+    ASSERT_EQ(after.size(), before.size());
+    int counted = 0;
+    for (std::size_t day = 0; day < after.size(); ++day) {
+        const bool hasTotals = before[day].members > 0;
+        counted += before[day].isKnown && hasTotals;
+        EXPECT_EQ(after[day].isKnown, before[day].isKnown && !hasTotals) << "day " << day;
+    }
+    EXPECT_GT(counted, 20);
+}
+
 }  // namespace
 }  // namespace kivo
