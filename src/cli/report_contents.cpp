@@ -29,13 +29,13 @@ ReportContents collectReport(RecordStore& store, ApplicationSettings& settings, 
     contents.tags = computeFilterReportFromTree(treeGroups, selection);
     contents.projects = computeProjectReportFromTree(treeGroups, selection);
 
-    const auto scores = productivityOfDays(store, productivityInputs(store, selection),
-                                           arguments.from, arguments.to);
+    const auto productivity = productivityInputs(store, selection);
+    const auto scores = productivityOfDays(store, productivity, arguments.from, arguments.to);
     for (std::size_t i = 0; i < scores.size(); ++i) {
         contents.dayScores.push_back(
             {arguments.from.addDays(static_cast<qint64>(i)), scores[i].score, scores[i].duration});
     }
-    contents.productivityBars = productivityBars(store, selection, today, arguments.days);
+    contents.productivityBars = productivityBars(store, productivity, today, arguments.days);
     contents.projectBars = computeProjectBarChart(store, selection, today, arguments.days);
     return contents;
 }

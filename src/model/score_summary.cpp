@@ -145,13 +145,13 @@ std::string triggerName(const Trigger& trigger) {
 
 }  // namespace
 
-bool isInstalled(SQLite::Database& database) {
-    if (!usage_summaries::schemaHas(database, "table", sums) ||
-        !usage_summaries::schemaHas(database, "table", ratings)) {
+bool isInstalled(const usage_summaries::SchemaNames& schemaNames) {
+    if (!usage_summaries::schemaHas(schemaNames, "table", sums) ||
+        !usage_summaries::schemaHas(schemaNames, "table", ratings)) {
         return false;
     }
     for (const auto& trigger : triggers()) {
-        if (!usage_summaries::schemaHas(database, "trigger", triggerName(trigger))) {
+        if (!usage_summaries::schemaHas(schemaNames, "trigger", triggerName(trigger))) {
             return false;
         }
     }

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "model/usage_summaries.h"
+
 namespace SQLite {
 class Database;
 }  // namespace SQLite
@@ -21,7 +23,7 @@ inline constexpr const char* sumsTable = "TagScoreSummary";
 inline constexpr const char* ratingsTable = "TagScoreRating";
 
 // Whether the tables and all their triggers are there.
-bool isInstalled(SQLite::Database& database);
+bool isInstalled(const usage_summaries::SchemaNames& schemaNames);
 
 // Drops whatever is there, makes the tables anew from the records and installs the triggers. Runs
 // inside the caller's transaction.

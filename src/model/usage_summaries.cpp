@@ -258,12 +258,17 @@ void cut(double begin, double end, std::size_t level, std::vector<RangePiece>& p
 
 }  // namespace
 
-bool schemaHas(SQLite::Database& database, const char* type, const std::string& name) {
-    SQLite::Statement query(database,
-                            "SELECT 1 FROM sqlite_schema WHERE type = ? AND name = ? LIMIT 1");
-    query.bind(1, type);
-    query.bind(2, name);
-    return query.executeStep();
+SchemaNames schemaNames(SQLite::Database& database) {
+    SQLite::Statement query(database, "SELECT type || ' ' || name FROM sqlite_schema");
+    SchemaNames names;
+    while (query.executeStep()) {
+        names.insert(query.getColumn(0).getString());
+    }
+    return names;
+}
+
+bool schemaHas(const SchemaNames& names, const char* type, const std::string& name) {
+    return names.contains(std::string(type) + " " + name);
 }
 
 std::string tableOf(const char* kind) {
@@ -271,7 +276,8 @@ std::string tableOf(const char* kind) {
 }
 
 bool areCurrent(SQLite::Database& database) {
-    if (!schemaHas(database, "table", "KivoMeta")) {
+    const SchemaNames names = schemaNames(database);
+    if (!schemaHas(names, "table", "KivoMeta")) {
         return false;
     }
     SQLite::Statement stored(database, "SELECT value FROM KivoMeta WHERE key = ?");
@@ -280,16 +286,16 @@ bool areCurrent(SQLite::Database& database) {
         return false;
     }
     for (const auto& kind : kinds) {
-        if (!schemaHas(database, "table", tableOf(kind.kind))) {
+        if (!schemaHas(names, "table", tableOf(kind.kind))) {
             return false;
         }
         for (const char* event : triggerEvents) {
-            if (!schemaHas(database, "trigger", triggerName(kind, event))) {
+            if (!schemaHas(names, "trigger", triggerName(kind, event))) {
                 return false;
             }
         }
     }
-    return score_summary::isInstalled(database);
+    return score_summary::isInstalled(names);
 }
 
 bool noneReplaced(SQLite::Database& database) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -48,8 +49,11 @@ struct RangePiece {
 // Cuts [begin, end) into whole stretches, coarsest first, and the records left at its edges.
 std::vector<RangePiece> piecesOf(double begin, double end);
 
-// Whether the store's schema holds a `type` ("table", "trigger") called `name`.
-bool schemaHas(SQLite::Database& database, const char* type, const std::string& name);
+// The store's tables and triggers, each as its type, a space and its name ("table KivoMeta"):
+// read in one statement, so that checking a few dozen of them costs no more than one.
+using SchemaNames = std::set<std::string, std::less<>>;
+SchemaNames schemaNames(SQLite::Database& database);
+bool schemaHas(const SchemaNames& names, const char* type, const std::string& name);
 
 // The summary table of a record kind.
 std::string tableOf(const char* kind);

@@ -162,13 +162,17 @@ void refreshProductivity(Productivity& productivity, RecordStore& store,
 
 std::vector<BarChartData> productivityBars(RecordStore& store, const ReportSelection& selection,
                                            QDate today, int daysAgo) {
+    return productivityBars(store, productivityInputs(store, selection), today, daysAgo);
+}
+
+std::vector<BarChartData> productivityBars(RecordStore& store, const ProductivityInputs& inputs,
+                                           QDate today, int daysAgo) {
     const auto days = chartDays(today, daysAgo);
     std::vector<BarChartData> bars;
     if (days.empty()) {
         return bars;
     }
-    const auto scores =
-        productivityOfDays(store, productivityInputs(store, selection), days.front(), days.back());
+    const auto scores = productivityOfDays(store, inputs, days.front(), days.back());
     bars.reserve(days.size());
     for (std::size_t i = 0; i < days.size(); ++i) {
         const std::int64_t score = scores[i].score;

@@ -51,5 +51,8 @@ void refreshProductivity(Productivity& productivity, RecordStore& store,
 // `value` and as `annotation`.
 std::vector<BarChartData> productivityBars(RecordStore& store, const ReportSelection& selection,
                                            QDate today, int daysAgo);
+// The same with the inputs already read, for a caller that scores other days with them too.
+std::vector<BarChartData> productivityBars(RecordStore& store, const ProductivityInputs& inputs,
+                                           QDate today, int daysAgo);
 
 }  // namespace kivo
