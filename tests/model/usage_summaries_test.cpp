@@ -270,17 +270,32 @@ TEST(UsageSummaries, StaleOnesAreMadeAnewOnOpenAndNotReadBeforeThat) {
     }
 }
 
+// A store of 150 rated random totals of each kind.
+void fillWithRatedTotals(const TempHome& home, RandomTotals& totals) {
+    auto store = home.openStore();
+    totals.rateFilters(*store);
+    totals.insertSome(*store, 150);
+    store->save();
+}
+
+QHash<QUuid, std::int64_t> ratingsOf(RecordStore& store) {
+    QHash<QUuid, std::int64_t> byFilter;
+    for (const auto& filter : store.fetch<Filter>()) {
+        byFilter.insert(filter.id, filter.rating);
+    }
+    return byFilter;
+}
+
+// The days RandomTotals fills.
+const QDate firstScored = QDate(1970, 1, 1).addDays(20'000);
+const QDate lastScored = firstScored.addDays(120);
+
 // A tool that rated filters with the triggers away leaves sums made with other ratings: they are
 // not read until a writable open has moved them to the current ratings.
 TEST(UsageSummaries, SumsOfOtherRatingsAreNotReadAndAreMovedOnOpen) {
     TempHome home;
     RandomTotals totals(5);
-    {
-        auto store = home.openStore();
-        totals.rateFilters(*store);
-        totals.insertSome(*store, 150);
-        store->save();
-    }
+    fillWithRatedTotals(home, totals);
     {
         SQLite::Database database(home.storePath().toStdString(), SQLite::OPEN_READWRITE);
         SQLite::Statement definition(
@@ -291,24 +306,17 @@ TEST(UsageSummaries, SumsOfOtherRatingsAreNotReadAndAreMovedOnOpen) {
         database.exec("UPDATE Filter SET rating = rating + 10");
         database.exec(trigger);
     }
-    const auto ratings = [](RecordStore& store) {
-        QHash<QUuid, std::int64_t> byFilter;
-        for (const auto& filter : store.fetch<Filter>()) {
-            byFilter.insert(filter.id, filter.rating);
-        }
-        return byFilter;
-    };
-    const QDate first = QDate(1970, 1, 1).addDays(20'000);
-    const QDate last = first.addDays(120);
     {
         auto readOnly = RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly);
         ASSERT_TRUE(readOnly->hasUsageSummaries());
-        EXPECT_TRUE(
-            dayScoreSums(*readOnly, first, last, totals.projects(), ratings(*readOnly)).empty());
+        EXPECT_TRUE(dayScoreSums(*readOnly, firstScored, lastScored, totals.projects(),
+                                 ratingsOf(*readOnly))
+                        .empty());
     }
     home.openStore();
     auto readOnly = RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly);
-    const auto sums = dayScoreSums(*readOnly, first, last, totals.projects(), ratings(*readOnly));
+    const auto sums =
+        dayScoreSums(*readOnly, firstScored, lastScored, totals.projects(), ratingsOf(*readOnly));
     ASSERT_EQ(sums.size(), 121u);
     EXPECT_GT(std::count_if(sums.begin(), sums.end(),
                             [](const DayScoreSums& day) { return day.isKnown && day.members > 0; }),
@@ -320,21 +328,11 @@ TEST(UsageSummaries, SumsOfOtherRatingsAreNotReadAndAreMovedOnOpen) {
 TEST(UsageSummaries, ADaySumThatIsNoLongerAnIntegerIsLeftToTheRecords) {
     TempHome home;
     RandomTotals totals(6);
-    {
-        auto store = home.openStore();
-        totals.rateFilters(*store);
-        totals.insertSome(*store, 150);
-        store->save();
-    }
-    QHash<QUuid, std::int64_t> ratings;
-    const QDate first = QDate(1970, 1, 1).addDays(20'000);
-    const QDate last = first.addDays(120);
+    fillWithRatedTotals(home, totals);
     const auto daySums = [&] {
         auto readOnly = RecordStore::open(home.storePath(), RecordStore::Mode::ReadOnly);
-        for (const auto& filter : readOnly->fetch<Filter>()) {
-            ratings.insert(filter.id, filter.rating);
-        }
-        return dayScoreSums(*readOnly, first, last, totals.projects(), ratings);
+        return dayScoreSums(*readOnly, firstScored, lastScored, totals.projects(),
+                            ratingsOf(*readOnly));
     };
     const auto before = daySums();
     {
