@@ -16,10 +16,6 @@ namespace {
 // Below this, every sum and every product in a day's score is an exact double.
 constexpr std::int64_t exactLimit = std::int64_t{1} << 53;
 
-QUuid uuidOf(std::string_view text) {
-    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
-}
-
 // Whether the sums were made with the ratings the scores are computed with: the same filters, by
 // text as the triggers look them up and by id as the scores do.
 bool madeWithRatings(RecordStore& store, const QHash<QUuid, std::int64_t>& ratingByFilter) {

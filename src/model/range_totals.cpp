@@ -55,10 +55,6 @@ QString utf8(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QUuid uuidOf(std::string_view text) {
-    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
-}
-
 // Sums a range's live totals by filter (column 0) and key (column 1); column 2 is the duration,
 // then come the position columns. `make` starts a group from its first row, `rename` takes the
 // names of a row that comes earlier in store order.

@@ -466,6 +466,10 @@ double RowCells::real(int column) const {
     return sqlite3_column_double(statement_, column);
 }
 
+QUuid uuidOf(std::string_view text) {
+    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
+}
+
 bool RowCells::isInteger(int column) const {
     return sqlite3_column_type(statement_, column) == SQLITE_INTEGER;
 }

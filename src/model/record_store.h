@@ -73,6 +73,9 @@ private:
     sqlite3_stmt* statement_;
 };
 
+// A record id from the text a narrow read hands out, read as a fetch reads it.
+QUuid uuidOf(std::string_view text);
+
 // The record store: one SQLite file with a table per record kind. Changes are gathered into a
 // batch (one transaction) that save() commits as a whole; a batch not saved is rolled back.
 class RecordStore {

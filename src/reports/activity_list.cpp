@@ -108,10 +108,6 @@ QString textOf(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-QUuid uuidOf(std::string_view text) {
-    return QUuid::fromString(QLatin1StringView(text.data(), static_cast<qsizetype>(text.size())));
-}
-
 QSet<QUuid> uuidsOf(const QStringList& texts) {
     QSet<QUuid> uuids;
     for (const QString& text : texts) {
