@@ -11,31 +11,54 @@ bool isSameCapture(const CaptureData& capture, const CaptureData& sample) {
            capture.title == sample.title && capture.url == sample.url;
 }
 
+// Adds to the capture in front the time from its last sample to `now`. A sample that comes late
+// (sleep, a slow script, a pause while the user was away) counts one interval; a clock set back
+// counts nothing rather than taking time away.
+void countFrontUntil(std::vector<CaptureData>& pending, Instant now, double interval) {
+    const auto front = std::ranges::find_if(pending, [](const CaptureData& capture) {
+        return capture.isInFront && !capture.isEnd;
+    });
+    if (front == pending.end()) {
+        return;
+    }
+    const double elapsed = (now - front->updatedAt).count();
+    const double counted = elapsed > 1.5 * interval ? interval : std::max(elapsed, 0.0);
+    front->duration += counted;
+    front->updatedAt += Seconds{counted};
+}
+
 }  // namespace
 
 void mergeSample(std::vector<CaptureData>& pending, const CaptureData& sample,
                  const ApplicationSettings& settings) {
-    const double interval = settings.timerInterval();
     const double maximumGap = settings.maximumGapLength();
+    countFrontUntil(pending, sample.createdAt, settings.timerInterval());
     bool isExtended = false;
     for (CaptureData& capture : pending) {
         if (capture.isEnd) {
             continue;
         }
-        const double elapsed = (sample.createdAt - capture.updatedAt).count();
-        if (isSameCapture(capture, sample)) {
-            // A tick that comes late (sleep, a slow script) or a return after an absence counts
-            // one interval; a clock set back counts nothing rather than taking time away.
-            const double counted = elapsed > 1.5 * interval ? interval : std::max(elapsed, 0.0);
-            capture.duration += counted;
+        capture.isInFront = isSameCapture(capture, sample);
+        if (capture.isInFront) {
+            // Returning after an absence continues the capture; the absence adds nothing.
             capture.updatedAt = sample.createdAt;
             isExtended = true;
-        } else if (elapsed > maximumGap) {
+        } else if ((sample.createdAt - capture.updatedAt).count() > maximumGap) {
             capture.isEnd = true;
         }
     }
     if (!isExtended) {
         pending.push_back(sample);
+        pending.back().isInFront = true;
+    }
+}
+
+void endCaptures(std::vector<CaptureData>& pending, Instant now,
+                 const ApplicationSettings& settings) {
+    countFrontUntil(pending, now, settings.timerInterval());
+    for (CaptureData& capture : pending) {
+        capture.isEnd = true;
+        capture.isInFront = false;
     }
 }
 

@@ -39,7 +39,7 @@ void writeActivity(RecordStore& store, const CaptureData& capture, const Owner& 
     activity.title = capture.title.value_or(QString());
     activity.url = capture.url.value_or(QString());
     activity.domainName = domainName;
-    activity.duration = wholeSeconds(capture.duration);
+    activity.duration = nearestWholeSeconds(capture.duration);
     activity.startAt = capture.createdAt;
     activity.endAt = capture.updatedAt;
     store.insert(activity);

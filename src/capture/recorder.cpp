@@ -31,7 +31,7 @@ void Recorder::watchPresence(PresenceSource& presence, ApplicationState& state) 
 
 void Recorder::captureTick() {
     // Away, the tick is one without a sample: nothing is added and nothing closes early, so the
-    // capture in front when the user left continues with one period for the whole absence.
+    // capture in front when the user left gets one period for the whole absence.
     if (!isUserAway()) {
         captureStep();
     }
@@ -84,15 +84,19 @@ void Recorder::writeEndedCaptures() {
 }
 
 void Recorder::finish() {
-    for (CaptureData& capture : pending_) {
-        capture.isEnd = true;
-    }
+    endCaptures(pending_, clock_.now(), settings_);
     store_.setBusyTimeout(finishBusyTimeout);
     if (const auto error = write(pending_, MatchBudget())) {
         printDiagnostic(QStringLiteral("Could not write the captures open at the end: ") + *error);
     }
     pending_.clear();
     store_.setBusyTimeout(storeBusyTimeout);
+}
+
+std::vector<CaptureData> Recorder::capturesEndedAt(Instant now) const {
+    std::vector<CaptureData> captures = pending_;
+    endCaptures(captures, now, settings_);
+    return captures;
 }
 
 std::optional<QString> Recorder::write(const std::vector<CaptureData>& captures,

@@ -44,13 +44,17 @@ public:
 
     void captureTick();
 
-    // The clean end (a termination signal, quitting, logging out): every pending capture is
-    // closed as if its gap had passed, and those long enough are recorded through the same rules
-    // in one transaction. Call it once the timer has stopped.
+    // The clean end (a termination signal, quitting, logging out): the capture in front gets its
+    // time up to now, every pending capture is closed as if its gap had passed, and those long
+    // enough are recorded through the same rules in one transaction. Call it once the timer has
+    // stopped.
     void finish();
 
     // Open captures, in the order they were first seen, and ended ones still to be written.
     const std::vector<CaptureData>& pendingCaptures() const { return pending_; }
+    // The pending captures as `finish` would write them at `now`, for showing what is not yet
+    // written; nothing is changed.
+    std::vector<CaptureData> capturesEndedAt(Instant now) const;
 
 private:
     bool isUserAway();

@@ -16,6 +16,8 @@ struct CaptureData {
     std::optional<QString> title;
     std::optional<QString> url;  // "" for applications that are not browsers
     bool isEnd = false;
+    // The last sample showed it: the time until the next sample is its own.
+    bool isInFront = false;
     Instant createdAt{};
     Instant updatedAt{};
 
