@@ -1,24 +1,16 @@
 #include "capture/sampling.h"
 
+#include <utility>
+
 #include "capture/kivo_bundle_id.h"
 
 namespace kivo {
 
 namespace {
 
-CaptureData newSample(QString name, QString bundleId, QString title, QString url, Instant now) {
-    CaptureData sample;
-    sample.name = std::move(name);
-    sample.bundleId = std::move(bundleId);
-    sample.title = std::move(title);
-    sample.url = std::move(url);
-    sample.createdAt = now;
-    sample.updatedAt = now;
-    return sample;
-}
-
 // A browser that nothing has ever answered for (no extension) counts as an ordinary application,
-// so that its time is never lost; one whose bridge is there but cannot say gives no sample.
+// so that its time is never lost. One whose bridge is there but cannot say yet gives its window
+// title without an address, a sample that waits for the tab's.
 std::optional<BrowserTab> askFrontTab(BrowserTabs& tabs, const FocusedWindow& window) {
     auto answer = tabs.frontTab(window);
     if (auto* tab = std::get_if<BrowserTab>(&answer)) {
@@ -30,21 +22,22 @@ std::optional<BrowserTab> askFrontTab(BrowserTabs& tabs, const FocusedWindow& wi
     return std::nullopt;
 }
 
-std::optional<BrowserTab> titleAndAddress(BrowserTabs& tabs, const FocusedWindow& window,
-                                          const BrowserTable& browsers) {
-    if (browsers.scriptTitleBundleIds.contains(window.bundleId)) {
-        auto tab = askFrontTab(tabs, window);
-        if (!tab) {
-            return std::nullopt;
-        }
-        return BrowserTab{std::move(tab->title), QString()};
+// The title and address to record; no address while the browser cannot say.
+std::pair<QString, std::optional<QString>> titleAndAddress(BrowserTabs& tabs,
+                                                           const FocusedWindow& window,
+                                                           const BrowserTable& browsers) {
+    const bool isScriptTitle = browsers.scriptTitleBundleIds.contains(window.bundleId);
+    const bool isBrowser = browsers.browserBundleIds.contains(window.bundleId) &&
+                           (browsers.activeTabBundleIds.contains(window.bundleId) ||
+                            browsers.currentTabBundleIds.contains(window.bundleId));
+    if (!isScriptTitle && !isBrowser) {
+        return {window.title, QString()};
     }
-    if (browsers.browserBundleIds.contains(window.bundleId) &&
-        (browsers.activeTabBundleIds.contains(window.bundleId) ||
-         browsers.currentTabBundleIds.contains(window.bundleId))) {
-        return askFrontTab(tabs, window);
+    auto tab = askFrontTab(tabs, window);
+    if (!tab) {
+        return {window.title, std::nullopt};
     }
-    return BrowserTab{window.title, QString()};
+    return {std::move(tab->title), isScriptTitle ? QString() : std::move(tab->address)};
 }
 
 }  // namespace
@@ -57,13 +50,17 @@ std::optional<CaptureData> takeSample(FocusedWindowSource& desktop, BrowserTabs&
         !installedBundleIds.contains(window->bundleId)) {
         return std::nullopt;
     }
-    auto texts = titleAndAddress(tabs, *window, browsers);
-    if (!texts) {
-        return std::nullopt;
-    }
+    auto [title, address] = titleAndAddress(tabs, *window, browsers);
     // A browser takes time to answer: the sample is dated when it has.
-    return newSample(window->name, window->bundleId, std::move(texts->title),
-                     std::move(texts->address), clock.now());
+    const Instant now = clock.now();
+    CaptureData sample;
+    sample.name = window->name;
+    sample.bundleId = window->bundleId;
+    sample.title = std::move(title);
+    sample.url = std::move(address);
+    sample.createdAt = now;
+    sample.updatedAt = now;
+    return sample;
 }
 
 }  // namespace kivo

@@ -14,12 +14,14 @@ struct CaptureData {
     QString name;           // the application's display name
     QString bundleId;       // the application's identifier (an XDG desktop-file ID on Linux)
     std::optional<QString> title;
-    std::optional<QString> url;  // "" for applications that are not browsers
+    // "" for applications that are not browsers; none while a browser has not yet said which tab
+    // is in front
+    std::optional<QString> url;
     bool isEnd = false;
-    // The last sample showed it: the time until the next sample is its own.
-    bool isInFront = false;
     Instant createdAt{};
     Instant updatedAt{};
+    // The last sample showed it: the time until the next sample is its own.
+    bool isInFront = false;
 
     friend bool operator==(const CaptureData&, const CaptureData&) = default;
 };

@@ -36,14 +36,17 @@ protected:
             recorder.captureTick();
         }
     }
-    // The editor shows `title` for `seconds`, sampled once a second; the first sample opens it.
+    // The editor shows `title` for `seconds` samples, one a second: the seconds are its once the
+    // next sample comes.
     void useEditor(const QString& title, int seconds) {
         desktop.showEditor(title);
-        tickAfter(1.0, seconds + 1);
+        tickAfter(1.0, seconds);
     }
-    // Moves to a terminal for longer than the default gap, so that earlier captures are written.
-    void leaveForLongerThanTheGap() {
+    // Moves to a terminal `after` seconds past the last sample, then stays there for longer than
+    // the default gap, so that earlier captures are written.
+    void leaveForLongerThanTheGap(double after = 1.0) {
         desktop.show(u"terminal"_s, u"Terminal"_s, u"~"_s);
+        tickAfter(after);
         tickAfter(61.0);
     }
     std::vector<Activity> activities() { return store->fetch<Activity>(live()); }
@@ -64,40 +67,85 @@ protected:
     }();
 };
 
-TEST_F(RecorderTest, TabInFrontForTenTicksIsWrittenAsNineSecondsOnceUnseenPastTheGap) {
+TEST_F(RecorderTest, TabInFrontForTenTicksIsWrittenAsTenSecondsOnceUnseenPastTheGap) {
     const Instant opened = clock.now() + Seconds{1.0};
     desktop.showTab(u"News"_s, u"https://a.example/"_s);
     tickAfter(1.0, 10);
     desktop.showTab(u"News"_s,
                     u"https://b.example/"_s);  // the same title elsewhere: another capture
+    tickAfter(1.0);
     tickAfter(60.0);
     EXPECT_EQ(recorder.pendingCaptures().size(), 2u) << "a gap of exactly 60 s keeps it open";
     tickAfter(1.0);
     const auto written = activities();
     ASSERT_EQ(written.size(), 1u);
-    EXPECT_EQ(written[0].duration, 9) << "the first tick only opens it";
+    EXPECT_EQ(written[0].duration, 10) << "the tenth second came with the next sample";
     EXPECT_EQ(written[0].startAt, opened);
-    EXPECT_EQ(written[0].endAt, opened + Seconds{9.0});
+    EXPECT_EQ(written[0].endAt, opened + Seconds{10.0});
     EXPECT_EQ(written[0].url, u"https://a.example/"_s);
     EXPECT_EQ(written[0].filterId, unassigned.id);
 }
 
-TEST_F(RecorderTest, LateTickOrReturnCountsInFullUpToOneAndAHalfIntervals) {
+TEST_F(RecorderTest, SwitchGivesTheTimeBetweenTwoSamplesToTheWindowInFrontAtTheFirst) {
+    useEditor(u"a.txt"_s, 3);
+    useEditor(u"b.txt"_s, 2);
+    useEditor(u"a.txt"_s, 2);  // back within the gap: the same capture, nothing for the return
+    ASSERT_EQ(recorder.pendingCaptures().size(), 2u);
+    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 3.0 + 1.0) << "its last second is to come";
+    EXPECT_EQ(recorder.pendingCaptures()[1].duration, 2.0) << "the second of the return";
+    // A sample a little early or late, as a timer delivers them, is counted as it came; the
+    // written seconds are the nearest whole ones.
+    QSettings(home.settingsPath(), QSettings::NativeFormat)
+        .setValue(u"minimumDurationToRecord"_s, 0.3);
+    desktop.showEditor(u"c.txt"_s);
+    tickAfter(0.6);
+    leaveForLongerThanTheGap(0.4);
+    const auto written = activities();
+    ASSERT_EQ(written.size(), 3u);
+    EXPECT_EQ(written[0].duration, 5) << "4.6 s";
+    EXPECT_EQ(written[1].duration, 2);
+    EXPECT_EQ(written[2].duration, 0) << "0.4 s, written with the minimum at 0.3 s";
+}
+
+TEST_F(RecorderTest, SecondsBeforeABrowserSaysItsTabAreTheTabsOrDroppedWhenAnotherWindowCame) {
+    useEditor(u"notes.txt"_s, 2);
+    const Instant browserCame = clock.now() + Seconds{1.0};
+    desktop.show(chromeId, u"Google Chrome"_s, u"Mail - Google Chrome"_s);
+    desktop.tabs.answer = BrowserCannotAnswer{};
+    tickAfter(1.0, 3);
+    desktop.tabs.answer = BrowserTab{u"Mail"_s, u"https://mail.example/"_s};
+    tickAfter(1.0, 4);
+    // Another tab, left before the browser could say which.
+    desktop.show(chromeId, u"Google Chrome"_s, u"Bank - Google Chrome"_s);
+    desktop.tabs.answer = BrowserCannotAnswer{};
+    tickAfter(1.0, 2);
+    leaveForLongerThanTheGap();
+    const auto written = activities();
+    ASSERT_EQ(written.size(), 2u);
+    EXPECT_EQ(written[0].duration, 2);
+    EXPECT_EQ(written[1].title, u"Mail"_s);
+    EXPECT_EQ(written[1].duration, 3 + 4) << "three seconds waiting for the answer";
+    EXPECT_EQ(written[1].startAt, browserCame);
+}
+
+TEST_F(RecorderTest, LateTickCountsInFullUpToOneAndAHalfIntervalsAndAnAbsenceOneInterval) {
     settings->setTimerInterval(5.0);
-    useEditor(u"notes.txt"_s, 0);
+    useEditor(u"notes.txt"_s, 1);
     // Later than 7.5 s counts one interval; a clock set back adds nothing.
     const std::pair<double, double> lateAndTotal[] = {{7, 7}, {8, 12}, {7.5, 19.5}, {-100, 19.5}};
     for (const auto& [late, total] : lateAndTotal) {
         tickAfter(late);
         EXPECT_EQ(recorder.pendingCaptures()[0].duration, total) << "late by " << late;
     }
-    useEditor(u"other.txt"_s, 0);
+    useEditor(u"other.txt"_s, 1);
     desktop.focus.window.reset();
     tickAfter(1.0, 120);
     EXPECT_EQ(recorder.pendingCaptures().size(), 2u) << "nothing ends while nothing is sampled";
-    useEditor(u"notes.txt"_s, 0);
+    useEditor(u"notes.txt"_s, 1);
     ASSERT_EQ(recorder.pendingCaptures().size(), 1u) << "other.txt was unseen past the gap";
-    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 24.5) << "122 s away count 5 s";
+    EXPECT_EQ(recorder.pendingCaptures()[0].duration, 20.5) << "the return adds nothing";
+    ASSERT_EQ(activities().size(), 1u);
+    EXPECT_EQ(activities()[0].duration, 5) << "121 s without a sample count one interval";
 }
 
 TEST_F(RecorderTest, MinimumDurationDecidesWhatIsKept) {
@@ -107,12 +155,11 @@ TEST_F(RecorderTest, MinimumDurationDecidesWhatIsKept) {
     for (const auto& [minimum, count] : cases) {
         QSettings(home.settingsPath(), QSettings::NativeFormat)
             .setValue(u"minimumDurationToRecord"_s, minimum);
-        useEditor(u"notes.txt"_s, 0);
-        tickAfter(0.9);
-        leaveForLongerThanTheGap();
+        useEditor(u"notes.txt"_s, 1);
+        leaveForLongerThanTheGap(0.9);
         EXPECT_EQ(activities().size(), count) << "minimum " << minimum;
     }
-    EXPECT_EQ(activities().at(0).duration, 0);
+    EXPECT_EQ(activities().at(0).duration, 1) << "rounded";
 }
 
 TEST_F(RecorderTest, EveryAcceptingFilterGetsAnActivityAndWithoutUnassignedEntriesTheRestIsLost) {
@@ -175,11 +222,11 @@ TEST_F(RecorderTest, DailyTotalsAddUpPerKeyOnTheDayTheCaptureStarted) {
     leaveForLongerThanTheGap();
     useEditor(u"notes.txt"_s, 5);  // starts on the next day
     leaveForLongerThanTheGap();
-    EXPECT_EQ(totalsOn<TagUsage>(first).at(0).duration, 3 + 60);
-    EXPECT_EQ(totalsOn<AppUsage>(first).at(0).duration, 63);
+    EXPECT_EQ(totalsOn<TagUsage>(first).at(0).duration, 4 + 61);
+    EXPECT_EQ(totalsOn<AppUsage>(first).at(0).duration, 65);
     const auto webs = totalsOn<WebUsage>(first);
     EXPECT_EQ(webs.at(0).domainName, u"a.example"_s);
-    EXPECT_EQ(webs.at(0).duration, 63) << "one total for both addresses";
+    EXPECT_EQ(webs.at(0).duration, 65) << "one total for both addresses";
     EXPECT_EQ(totalsOn<TagUsage>(first.addDays(1)).at(0).duration, 5);
 }
 
@@ -223,19 +270,21 @@ TEST_F(RecorderTest, CleanEndRecordsTheOpenCapturesThatLastedLongEnough) {
     }
     desktop.showEditor(u"just opened"_s);
     tickAfter(1.0);
+    desktop.showEditor(u"opened last"_s);
+    tickAfter(0.9);
     ASSERT_TRUE(activities().empty());
-    ASSERT_EQ(recorder.pendingCaptures().size(), 4u);
+    ASSERT_EQ(recorder.pendingCaptures().size(), 5u);
 
+    clock.advance(1.4);  // the end comes between two samples
     recorder.finish();
     std::map<QString, std::int64_t> durations;
     for (const Activity& activity : activities()) {
         durations[activity.title] += activity.duration;
     }
-    // Each stretch after the first adds one second for the return and nine shown.
     const std::map<QString, std::int64_t> expected{
-        {u"a.txt"_s, 9 + 3 * 10}, {u"b.txt"_s, 9 + 3 * 10}, {u"c.txt"_s, 9 + 3 * 10}};
-    EXPECT_EQ(durations, expected) << "the capture of 0 s is too short";
-    EXPECT_EQ(totalsOn<TagUsage>(localDateOf(clock.now())).at(0).duration, 117);
+        {u"a.txt"_s, 4 * 9}, {u"b.txt"_s, 4 * 9}, {u"c.txt"_s, 4 * 9}, {u"opened last"_s, 1}};
+    EXPECT_EQ(durations, expected) << "the capture of 0.9 s is too short";
+    EXPECT_EQ(totalsOn<TagUsage>(localDateOf(clock.now())).at(0).duration, 109);
     EXPECT_TRUE(recorder.pendingCaptures().empty());
 }
 
@@ -248,8 +297,8 @@ TEST_F(RecorderTest, HandWrittenSettingsThatCouldStopOrUnboundTheRecordingReadAs
     file.close();
     useEditor(u"notes.txt"_s, 4);
     desktop.showEditor(u"short"_s);
-    tickAfter(0.5, 2);
-    leaveForLongerThanTheGap();
+    tickAfter(1.0);
+    leaveForLongerThanTheGap(0.5);
     ASSERT_EQ(activities().size(), 1u) << "closed after 60 s; 0.5 s is below the 1 s minimum";
     EXPECT_EQ(activities()[0].duration, 4);
 }
@@ -314,7 +363,7 @@ TEST_F(RecorderTest, ThousandSlowPatternsCostATickItsMatchingBudgetOnly) {
     useEditor(title, 2);
     useEditor(title + u'!', 2);
     desktop.show(u"terminal"_s, u"Terminal"_s, u"~"_s);
-    clock.advance(61.0);
+    clock.advance(62.0);  // the one counted second and a gap of 61 s
     const auto started = std::chrono::steady_clock::now();
     recorder.captureTick();
     // Generous for a loaded machine; matching every pattern in full took seconds.
@@ -381,14 +430,14 @@ protected:
         tickAfter(10.0, 60);
         EXPECT_TRUE(state.isAway());
         ASSERT_EQ(recorder.pendingCaptures().size(), 2u) << "nothing closes while away";
-        EXPECT_EQ(recorder.pendingCaptures()[1].duration, 3.0) << "nothing is added";
+        EXPECT_EQ(recorder.pendingCaptures()[1].duration, 2.0) << "nothing is added";
 
         presence = FakePresence{};
         presence.idle = Seconds{0.5};
         tickAfter(1.0);
         EXPECT_FALSE(state.isAway());
         ASSERT_EQ(recorder.pendingCaptures().size(), 1u) << "other.txt ends on the return";
-        EXPECT_EQ(recorder.pendingCaptures()[0].duration, 4.0) << "one period for the absence";
+        EXPECT_EQ(recorder.pendingCaptures()[0].duration, 3.0) << "one period for the absence";
         leaveForLongerThanTheGap();
         const auto written = activities();
         ASSERT_EQ(written.size(), 2u);
@@ -413,7 +462,7 @@ TEST_F(AwayTest, IdleBeyondTheTimeoutAddsNothingClosesNothingAndInputAddsOnePeri
 TEST_F(AwayTest, AnInhibitorOrAZeroTimeoutKeepsIdleTimeCounting) {
     presence.idle = Seconds{3600.0};
     presence.inhibited = true;
-    useEditor(u"film.mkv"_s, 5);
+    useEditor(u"film.mkv"_s, 6);
     EXPECT_EQ(recorder.pendingCaptures()[0].duration, 5.0);
     presence.inhibited = false;
     settings->setIdleTimeout(0.0);
@@ -426,7 +475,7 @@ TEST_F(AwayTest, AnInhibitorOrAZeroTimeoutKeepsIdleTimeCounting) {
 }
 
 TEST_F(AwayTest, EightHoursOfSuspendCountOnePeriod) {
-    useEditor(u"notes.txt"_s, 3);
+    useEditor(u"notes.txt"_s, 4);
     // The machine sleeps; the key that wakes it is fresh input.
     clock.advance(8 * 3600.0);
     presence.idle = Seconds{0.2};

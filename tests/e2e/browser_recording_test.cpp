@@ -8,13 +8,18 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QThread>
+#include <functional>
+#include <map>
 #include <numeric>
 
 #include "e2e/fake_window_manager.h"
+#include "e2e/firefox_profile.h"
 #include "e2e/page_server.h"
+#include "e2e/recorded_store.h"
 #include "e2e/xvfb_server.h"
 #include "model/application_settings.h"
 #include "model/record_store.h"
@@ -24,6 +29,8 @@ namespace {
 
 using namespace Qt::StringLiterals;
 using test::ScopedProcess;
+
+const QString chromiumManifest = u"NativeMessagingHosts/app.kivo.browser_host.json"_s;
 
 class BrowserRecordingTest : public ::testing::Test {
 protected:
@@ -152,6 +159,72 @@ protected:
         return false;
     }
 
+    // A window manager, a terminal in front, the gap of 2 s, and Kivo running with its host
+    // registered in the browser's `folder` (under the home), where it writes `manifest`.
+    ScopedProcess& startSessionAndKivo(const QString& folder, const QString& manifest) {
+        start(u"openbox"_s, {u"--sm-disable"_s});
+        test::FakeWindowManager probe(server_.displayName());
+        for (const QDeadlineTimer deadline(30'000); !probe.isManaged(); QThread::msleep(50)) {
+            if (deadline.hasExpired()) {
+                ADD_FAILURE() << "no window manager: " << log().toStdString();
+                break;
+            }
+        }
+        start(u"xterm"_s, {u"-T"_s, u"kivo-e2e-elsewhere"_s, u"-e"_s, u"sleep"_s, u"600"_s});
+        EXPECT_TRUE(focusWindow(u"kivo-e2e-elsewhere"_s)) << log().toStdString();
+        ApplicationSettings::openFile(home_.filePath(u"config/Kivo/Kivo.conf"_s))
+            ->setMaximumGapLength(2.0);
+        EXPECT_TRUE(QDir().mkpath(home_.filePath(folder)));
+        ScopedProcess& kivo = start(QStringLiteral(KIVO_BINARY), {});
+        for (const QDeadlineTimer deadline(30'000);
+             !QFile::exists(home_.filePath(folder + u'/' + manifest)); QThread::msleep(100)) {
+            if (deadline.hasExpired()) {
+                ADD_FAILURE() << "no host manifest: " << log().toStdString();
+                break;
+            }
+        }
+        return kivo;
+    }
+
+    // Brings the window titled `windowTitle` to the front, after `first` (a tab switch) when
+    // given; the recorded activity is `title` of the application `bundleId` named `name`.
+    test::Stretch stretch(const char* title, const char* bundleId, const char* name,
+                          const QString& windowTitle, int dwellMs,
+                          std::function<void()> first = {}) {
+        return {title, bundleId, name,
+                [this, windowTitle, first] {
+                    if (first) {
+                        first();
+                    }
+                    return focusWindow(windowTitle);
+                },
+                dwellMs};
+    }
+    test::Stretch elsewhere(int dwellMs) {
+        return stretch("kivo-e2e-elsewhere", "debian-xterm", "XTerm", u"kivo-e2e-elsewhere"_s,
+                       dwellMs);
+    }
+
+    // Runs `stretches`, stops Kivo and checks the activities that began with the first stretch.
+    void expectScheduleRecorded(ScopedProcess& kivo, const std::vector<test::Stretch>& stretches) {
+        auto expected = test::runSchedule(stretches);
+        test::Moment stopped{test::now(), 0.0};
+        EXPECT_EQ(kivo.stop(SIGTERM), 0) << log().toStdString();
+        stopped.after = test::now();
+        expected.back().to = stopped;
+
+        const auto store = RecordStore::open(storePath(), RecordStore::Mode::ReadOnly);
+        std::vector<Activity> scheduled;
+        for (const Activity& activity : store->fetch<Activity>({"", {}, "startAt"})) {
+            if (toEpochSeconds(activity.startAt) >= expected.front().from.before) {
+                scheduled.push_back(activity);
+            }
+        }
+        // A tab's edge is seen up to a tick late, and the browser's answer adds a little.
+        test::expectActivities(scheduled, expected, 2.0);
+        test::expectTimeInFront(scheduled, expected);
+    }
+
     QTemporaryDir home_;
     test::XvfbServer server_;
     QProcessEnvironment environment_ = QProcessEnvironment::systemEnvironment();
@@ -159,24 +232,7 @@ protected:
 };
 
 TEST_F(BrowserRecordingTest, RecordsTheFrontTabWithTheExtensionAndTheWindowTitleWithout) {
-    start(u"openbox"_s, {u"--sm-disable"_s});
-    test::FakeWindowManager probe(server_.displayName());
-    for (const QDeadlineTimer deadline(30'000); !probe.isManaged(); QThread::msleep(50)) {
-        ASSERT_FALSE(deadline.hasExpired()) << log().toStdString();
-    }
-    start(u"xterm"_s, {u"-T"_s, u"kivo-e2e-elsewhere"_s, u"-e"_s, u"sleep"_s, u"600"_s});
-    ASSERT_TRUE(focusWindow(u"kivo-e2e-elsewhere"_s)) << log().toStdString();
-    ApplicationSettings::openFile(home_.filePath(u"config/Kivo/Kivo.conf"_s))
-        ->setMaximumGapLength(2.0);
-    // Kivo registers its host with the browsers whose folders exist when it starts.
-    ASSERT_TRUE(QDir().mkpath(profileFolder(u"chromium"_s)));
-    ScopedProcess& kivo = start(QStringLiteral(KIVO_BINARY), {});
-    const QString manifest =
-        profileFolder(u"chromium"_s) + u"/NativeMessagingHosts/app.kivo.browser_host.json"_s;
-    for (const QDeadlineTimer deadline(30'000); !QFile::exists(manifest); QThread::msleep(100)) {
-        ASSERT_FALSE(deadline.hasExpired()) << log().toStdString();
-    }
-
+    ScopedProcess& kivo = startSessionAndKivo(u"config/chromium"_s, chromiumManifest);
     test::PageServer pages;
     {
         ScopedProcess& chromium = startChromium(u"chromium"_s, pages.address(u"one"_s), true);
@@ -255,6 +311,70 @@ TEST_F(BrowserRecordingTest, RecordsTheFrontTabWithTheExtensionAndTheWindowTitle
     }
     EXPECT_EQ(webTotal, onPages);
     EXPECT_GE(onPages, 4);
+}
+
+// A schedule of tabs and windows, each in front for 3 to 12 s; every second is the front tab's.
+TEST_F(BrowserRecordingTest, EveryTabAndWindowInFrontOfChromiumIsRecordedOnce) {
+    ScopedProcess& kivo = startSessionAndKivo(u"config/chromium"_s, chromiumManifest);
+    test::PageServer pages;
+    ScopedProcess& chromium = startChromium(u"chromium"_s, pages.address(u"one"_s), true);
+    ASSERT_TRUE(focusWindow(u"Page one - Chromium"_s)) << log().toStdString();
+    ASSERT_TRUE(runsHost(chromium)) << log().toStdString();
+    devTools(u"chromium"_s, "PUT", "/json/new?" + pages.address(u"two"_s).toLatin1());
+    ASSERT_TRUE(focusWindow(u"Page two - Chromium"_s)) << log().toStdString();
+    std::map<QString, QByteArray> tabs;
+    for (const QJsonValue target :
+         QJsonDocument::fromJson(devTools(u"chromium"_s, "GET", "/json/list")).array()) {
+        tabs[target[u"url"_s].toString()] = target[u"id"_s].toString().toLatin1();
+    }
+    const auto page = [&](const char* title, const QString& name, int dwellMs, bool isTabSwitch) {
+        std::function<void()> activate;
+        if (isTabSwitch) {
+            activate = [this, id = tabs[pages.address(name)]] {
+                devTools(u"chromium"_s, "GET", "/json/activate/" + id);
+            };
+        }
+        return stretch(title, "chromium", "Chromium Web Browser",
+                       QString::fromLatin1(title) + u" - Chromium"_s, dwellMs, activate);
+    };
+    expectScheduleRecorded(
+        kivo,
+        {elsewhere(4'000), page("Page two", u"two"_s, 6'000, false),
+         page("Page one", u"one"_s, 4'000, true), elsewhere(5'000),
+         page("Page one", u"one"_s, 8'000, false), page("Page two", u"two"_s, 5'000, true),
+         page("Page one", u"one"_s, 3'000, true), elsewhere(7'000),
+         page("Page one", u"one"_s, 10'000, false), page("Page two", u"two"_s, 12'000, true)});
+}
+
+// The same with Firefox ESR, whose extension answers a moment after the window changes.
+TEST_F(BrowserRecordingTest, EveryTabAndWindowInFrontOfFirefoxIsRecordedOnce) {
+    if (QStandardPaths::findExecutable(u"firefox-esr"_s).isEmpty()) {
+        GTEST_SKIP() << "Firefox ESR is not installed";
+    }
+    const QString profile = home_.filePath(u"profile"_s);
+    ASSERT_TRUE(test::writeFirefoxProfile(profile));
+    ScopedProcess& kivo =
+        startSessionAndKivo(u".mozilla"_s, u"native-messaging-hosts/app.kivo.browser_host.json"_s);
+    test::PageServer pages;
+    ScopedProcess& firefox =
+        start(u"firefox-esr"_s, {u"--no-remote"_s, u"--profile"_s, profile, pages.address(u"one"_s),
+                                 pages.address(u"two"_s)});
+    ASSERT_TRUE(focusWindow(u"Page two — Mozilla Firefox"_s)) << log().toStdString();
+    ASSERT_TRUE(runsHost(firefox)) << log().toStdString();
+    // Tabs switch with the keyboard, in the window in front: two tabs, so the next is the other.
+    const auto page = [&](const char* title, int dwellMs, bool isTabSwitch) {
+        std::function<void()> activate;
+        if (isTabSwitch) {
+            activate = [this] { xdotool({u"key"_s, u"ctrl+Tab"_s}); };
+        }
+        return stretch(title, "firefox-esr", "Firefox ESR",
+                       QString::fromLatin1(title) + u" — Mozilla Firefox"_s, dwellMs, activate);
+    };
+    expectScheduleRecorded(
+        kivo, {elsewhere(4'000), page("Page two", 6'000, false), page("Page one", 4'000, true),
+               elsewhere(5'000), page("Page one", 8'000, false), page("Page two", 5'000, true),
+               page("Page one", 3'000, true), elsewhere(7'000), page("Page one", 10'000, false),
+               page("Page two", 12'000, true)});
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "browser/browser_bridge.h"
 #include "browser/browser_protocol.h"
 #include "browser/host_manifests.h"
+#include "e2e/firefox_profile.h"
 #include "e2e/page_server.h"
 #include "e2e/scoped_process.h"
 
@@ -19,12 +20,6 @@ namespace kivo {
 namespace {
 
 using namespace Qt::StringLiterals;
-
-bool writeFile(const QString& path, const QByteArray& contents) {
-    QFile file(path);
-    return QDir().mkpath(QFileInfo(path).path()) && file.open(QIODevice::WriteOnly) &&
-           file.write(contents) == contents.size();
-}
 
 TEST(FirefoxBridgeTest, TheBridgeSeesTheFrontTabOfFirefoxEsr) {
     QTemporaryDir home;
@@ -45,15 +40,8 @@ TEST(FirefoxBridgeTest, TheBridgeSeesTheFrontTabOfFirefoxEsr) {
                                  {home.filePath(u".config"_s), home.path()}, failures)
                   .size(),
               1);
-    // The extension's folder named by a proxy file; unsigned extensions let in, none disabled.
     const QString profile = home.filePath(u"profile"_s);
-    ASSERT_TRUE(writeFile(profile + u"/extensions/"_s + browser_protocol::firefoxExtensionId,
-                          KIVO_EXTENSION_DIR));
-    ASSERT_TRUE(writeFile(profile + u"/user.js"_s,
-                          "user_pref(\"xpinstall.signatures.required\", false);\n"
-                          "user_pref(\"extensions.autoDisableScopes\", 0);\n"
-                          "user_pref(\"extensions.enabledScopes\", 15);\n"
-                          "user_pref(\"browser.shell.checkDefaultBrowser\", false);\n"));
+    ASSERT_TRUE(test::writeFirefoxProfile(profile));
 
     test::PageServer pages;
     auto environment = QProcessEnvironment::systemEnvironment();

@@ -40,6 +40,34 @@ struct ExpectedActivity {
     Moment to;
 };
 
+// One stretch of a scripted session: `bringToFront` puts the window titled `title` in front (or
+// renames the one in front, or switches its tab), which then stays there for `dwellMs`.
+struct Stretch {
+    const char* title;
+    const char* bundleId;
+    const char* name;
+    std::function<bool()> bringToFront;
+    int dwellMs;
+};
+
+// Runs the stretches in order and returns the activities they should leave: each from the moment
+// its window came to the front to the moment the next one did. The last one's end is the
+// caller's to set.
+inline std::vector<ExpectedActivity> runSchedule(const std::vector<Stretch>& stretches) {
+    std::vector<ExpectedActivity> expected;
+    for (const Stretch& stretch : stretches) {
+        Moment came{now(), 0.0};
+        EXPECT_TRUE(stretch.bringToFront()) << stretch.title;
+        came.after = now();
+        if (!expected.empty()) {
+            expected.back().to = came;
+        }
+        expected.push_back({stretch.title, stretch.bundleId, stretch.name, came, {}});
+        QThread::msleep(stretch.dwellMs);
+    }
+    return expected;
+}
+
 // The recorded `activities`, earliest first, are the `expected` ones. Each edge is seen up to
 // `lateness` seconds late (a tick, and what a busy machine adds); the first start a little later
 // still, as Kivo's first sample follows the store's preparation.
@@ -54,17 +82,40 @@ inline void expectActivities(const std::vector<Activity>& activities,
         const Activity& activity = activities[i];
         const auto& [title, bundleId, name, from, to] = expected[i];
         SCOPED_TRACE(title);
-        EXPECT_EQ(activity.title, QString::fromLatin1(title));
+        EXPECT_EQ(activity.title, QString::fromUtf8(title));
         EXPECT_EQ(activity.appBundleId, QString::fromLatin1(bundleId));
         EXPECT_EQ(activity.appName, QString::fromLatin1(name));
         const double startAt = toEpochSeconds(activity.startAt);
         const double endAt = toEpochSeconds(activity.endAt);
         EXPECT_GE(startAt, from.before);
         EXPECT_LE(startAt, from.after + lateness + (i == 0 ? 1.5 : 0.0));
-        EXPECT_GE(endAt, to.before - lateness);
-        EXPECT_LE(endAt, to.after);
-        EXPECT_GE(activity.duration, 1);
+        EXPECT_GE(endAt, to.before);
+        EXPECT_LE(endAt, to.after + lateness);
+        // The seconds from its first sample to the next window's are its own, rounded.
+        EXPECT_NEAR(static_cast<double>(activity.duration), endAt - startAt, 0.5 + 0.1);
     }
+}
+
+// Every activity but the first, whose start Kivo chose, holds the time its window was in front to
+// within a second (beyond how long the script's switch took), and together they hold it to
+// within 2 %.
+inline void expectTimeInFront(const std::vector<Activity>& activities,
+                              const std::vector<ExpectedActivity>& expected) {
+    ASSERT_EQ(activities.size(), expected.size());
+    double shownInAll = 0.0;
+    std::int64_t recordedInAll = 0;
+    for (std::size_t i = 1; i < activities.size(); ++i) {
+        const auto& [title, bundleId, name, from, to] = expected[i];
+        const double shown = (to.before + to.after - from.before - from.after) / 2;
+        const double vagueness = (to.after - to.before + from.after - from.before) / 2;
+        // A timer's tick may come a little early or late.
+        constexpr double jitter = 0.2;
+        EXPECT_NEAR(static_cast<double>(activities[i].duration), shown, 1.0 + vagueness + jitter)
+            << title;
+        shownInAll += shown;
+        recordedInAll += activities[i].duration;
+    }
+    EXPECT_NEAR(static_cast<double>(recordedInAll), shownInAll, 0.02 * shownInAll);
 }
 
 // Kivo prepares its store just before it starts ticking; it may be half-created for a while.

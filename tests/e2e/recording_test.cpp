@@ -22,6 +22,7 @@ namespace {
 using test::OutputWatch;
 using test::ScopedProcess;
 
+using namespace Qt::StringLiterals;
 using test::Moment;
 using test::totalDuration;
 
@@ -106,10 +107,11 @@ protected:
     std::vector<std::unique_ptr<ScopedProcess>> started_;
 };
 
-TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
+TEST_F(RecordingTest, EverySecondInFrontIsRecordedOnceUpToTheEnd) {
     ASSERT_TRUE(startWindowManager());
     const QString one = openTerminal(QStringLiteral("kivo-e2e-one"));
     const QString two = openTerminal(QStringLiteral("kivo-e2e-two"));
+    const QString three = openTerminal(QStringLiteral("kivo-e2e-three"));
     ApplicationSettings::openFile(home_.filePath(QStringLiteral("config/Kivo/Kivo.conf")))
         ->setMaximumGapLength(2.0);
     {
@@ -134,63 +136,55 @@ TEST_F(RecordingTest, RecordsWhatTheUserLookedAtAndForHowLongUpToItsEnd) {
     ASSERT_TRUE(waitForStore());
     // The first tick may come before this poll has seen the store.
     const double ready = toEpochSeconds(SystemClock().now());
-    const Moment started{ready - 1.0, ready};
     QThread::msleep(3'000);
     ASSERT_EQ(xdotool(QStringLiteral("getactivewindow")), one)
         << "the window manager moved the focus during the warm-up";
-    Moment toTwo, renamed, backToOne;
-    xdotool(QStringLiteral("windowactivate --sync ") + two, &toTwo);
-    QThread::msleep(4'000);
-    xdotool(QStringLiteral("set_window --name kivo-e2e-two-renamed ") + two, &renamed);
-    QThread::msleep(4'000);
-    xdotool(QStringLiteral("windowactivate --sync ") + one, &backToOne);
-    // Long enough for the renamed capture to be unseen for more than the gap of 2 s.
-    QThread::msleep(4'500);
+
+    // Every stretch outlasts the gap of 2 s, so that each is an activity of its own.
+    const auto terminal = [this](const char* title, const QString& window, int dwellMs) {
+        return test::Stretch{title, "debian-xterm", "XTerm",
+                             [this, window] {
+                                 xdotool(u"windowactivate --sync "_s + window);
+                                 return true;  // xdotool says what failed
+                             },
+                             dwellMs};
+    };
+    const auto rename = [this](const char* title, const QString& window, int dwellMs) {
+        return test::Stretch{
+            title, "debian-xterm", "XTerm",
+            [this, title, window] {
+                xdotool(u"set_window --name %1 %2"_s.arg(QString::fromLatin1(title), window));
+                return true;
+            },
+            dwellMs};
+    };
+    auto expected = test::runSchedule({
+        terminal("kivo-e2e-two", two, 6'000),
+        terminal("kivo-e2e-three", three, 4'000),
+        terminal("kivo-e2e-one", one, 8'000),
+        terminal("kivo-e2e-two", two, 3'000),
+        rename("kivo-e2e-two-renamed", two, 7'000),
+        terminal("kivo-e2e-three", three, 12'000),
+        terminal("kivo-e2e-one", one, 5'000),
+        terminal("kivo-e2e-two-renamed", two, 4'000),
+        terminal("kivo-e2e-one", one, 10'000),
+    });
     // A closed terminal ends Kivo cleanly; the diagnostics nobody could read cost it nothing.
     Moment stopped{toEpochSeconds(SystemClock().now()), 0.0};
     EXPECT_EQ(kivo.stop(SIGHUP), 0) << kivo.process().readAllStandardError().toStdString();
     stopped.after = toEpochSeconds(SystemClock().now());
+    expected.back().to = stopped;
+    expected.insert(
+        expected.begin(),
+        {"kivo-e2e-one", "debian-xterm", "XTerm", {ready - 1.0, ready}, expected.front().from});
 
-    // The second stretch of "one" was still open at the end, and is recorded all the same.
+    // The last stretch was still open at the end, and is recorded all the same.
     const auto store = RecordStore::open(storePath(), RecordStore::Mode::ReadOnly);
     const auto activities = store->fetch<Activity>({"", {}, "startAt"});
-    ASSERT_EQ(activities.size(), 4u);
-    const struct {
-        const char* title;
-        Moment from;
-        Moment to;
-    } expected[] = {{"kivo-e2e-one", started, toTwo},
-                    {"kivo-e2e-two", toTwo, renamed},
-                    {"kivo-e2e-two-renamed", renamed, backToOne},
-                    {"kivo-e2e-one", backToOne, stopped}};
-    // A tick comes once a second, so each edge is seen up to a tick late; the first stretch starts
-    // a tick or so after the store is ready, and a busy machine adds a little everywhere.
-    constexpr double tick = 1.0;
-    constexpr double slack = 0.5;
-    for (std::size_t i = 0; i < activities.size(); ++i) {
-        const Activity& activity = activities[i];
-        const auto& [title, from, to] = expected[i];
-        SCOPED_TRACE(title);
-        EXPECT_EQ(activity.title, QString::fromLatin1(title));
-        EXPECT_EQ(activity.appBundleId, QStringLiteral("debian-xterm"));
-        EXPECT_EQ(activity.appName, QStringLiteral("XTerm"));
-        const double startAt = toEpochSeconds(activity.startAt);
-        const double endAt = toEpochSeconds(activity.endAt);
-        EXPECT_GE(startAt, from.before);
-        EXPECT_LE(startAt, from.after + tick + slack + (i == 0 ? 1.5 : 0.0));
-        EXPECT_GE(endAt, to.before - tick - slack);
-        EXPECT_LE(endAt, to.after);
-        EXPECT_NEAR(static_cast<double>(activity.duration), endAt - startAt, tick);
-        if (i > 0) {
-            // The first tick of a stretch opens the capture; every later one adds a second.
-            const double shown = (to.before + to.after - from.before - from.after) / 2;
-            const double vagueness = (to.after - to.before + from.after - from.before) / 2;
-            // The last stretch ends at its last sample, up to a tick before the stop.
-            const double cut = i + 1 == activities.size() ? tick : 0.0;
-            EXPECT_NEAR(static_cast<double>(activity.duration), shown - tick - cut / 2,
-                        tick + slack + vagueness + cut / 2);
-        }
-    }
+    // A tick comes once a second, so each edge is seen up to a tick late; a busy machine adds a
+    // little everywhere.
+    test::expectActivities(activities, expected, 1.5);
+    test::expectTimeInFront(activities, expected);
 
     // The daily totals add up to the activities.
     const std::int64_t recorded = totalDuration(activities);

@@ -47,7 +47,7 @@ QProcessEnvironment kivoEnvironment(const QTemporaryDir& home, const QByteArray&
     return environment;
 }
 
-TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
+TEST(SwayRecordingTest, EverySecondInFrontIsRecordedOnceUpToTheEnd) {
     QTemporaryDir home;
     ASSERT_TRUE(home.isValid());
     SwaySession session;
@@ -56,14 +56,14 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     ASSERT_TRUE(session.waitForFocus(QStringLiteral("kivo-e2e-one")));
     SwayTerminal two(session, QStringLiteral("kivo-e2e-two"));
     ASSERT_TRUE(session.waitForFocus(QStringLiteral("kivo-e2e-two")));
-    const auto focus = [&session](const char* title, Moment& moment) {
-        moment.before = now();
-        EXPECT_TRUE(session.swaymsg(
-            {QStringLiteral("[title=\"^%1$\"] focus").arg(QString::fromLatin1(title))}));
-        moment.after = now();
+    SwayTerminal three(session, QStringLiteral("kivo-e2e-three"));
+    ASSERT_TRUE(session.waitForFocus(QStringLiteral("kivo-e2e-three")));
+    const auto focus = [&session](const char* title) {
+        return session
+            .swaymsg({QStringLiteral("[title=\"^%1$\"] focus").arg(QString::fromLatin1(title))})
+            .has_value();
     };
-    Moment ignored;
-    focus("kivo-e2e-one", ignored);
+    ASSERT_TRUE(focus("kivo-e2e-one"));
     ApplicationSettings::openFile(home.filePath(QStringLiteral("config/Kivo/Kivo.conf")))
         ->setMaximumGapLength(2.0);
 
@@ -75,33 +75,46 @@ TEST(SwayRecordingTest, RecordsWhatTheUserLookedAtAndForHowLong) {
     const double ready = now();
     QThread::msleep(3'000);
     ASSERT_EQ(session.focusedTitle(), QStringLiteral("kivo-e2e-one"));
-    Moment toTwo, renamed, backToOne;
-    focus("kivo-e2e-two", toTwo);
-    QThread::msleep(3'000);
-    renamed.before = now();
-    ASSERT_TRUE(two.retitle(QStringLiteral("kivo-e2e-two-renamed")));
-    ASSERT_TRUE(session.waitForFocus(QStringLiteral("kivo-e2e-two-renamed")));
-    renamed.after = now();
-    QThread::msleep(3'000);
-    focus("kivo-e2e-one", backToOne);
-    // Long enough for the renamed capture to be unseen for more than the gap of 2 s.
-    QThread::msleep(4'500);
+
+    // Every stretch outlasts the gap of 2 s, so that each is an activity of its own.
+    const auto terminal = [&focus](const char* title, int dwellMs) {
+        return test::Stretch{title, "foot", "Foot", [&focus, title] { return focus(title); },
+                             dwellMs};
+    };
+    const auto rename = [&](SwayTerminal& window, const char* title, int dwellMs) {
+        return test::Stretch{title, "foot", "Foot",
+                             [&session, &window, title] {
+                                 return window.retitle(QString::fromLatin1(title)) &&
+                                        session.waitForFocus(QString::fromLatin1(title));
+                             },
+                             dwellMs};
+    };
+    auto expected = test::runSchedule({
+        terminal("kivo-e2e-two", 6'000),
+        terminal("kivo-e2e-three", 4'000),
+        terminal("kivo-e2e-one", 8'000),
+        terminal("kivo-e2e-two", 3'000),
+        rename(two, "kivo-e2e-two-renamed", 7'000),
+        terminal("kivo-e2e-three", 12'000),
+        terminal("kivo-e2e-one", 5'000),
+        terminal("kivo-e2e-two-renamed", 4'000),
+        terminal("kivo-e2e-one", 10'000),
+    });
     Moment stopped;
     stopped.before = now();
     EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
     stopped.after = now();
+    expected.back().to = stopped;
+    expected.insert(expected.begin(),
+                    {"kivo-e2e-one", "foot", "Foot", {ready - 1.0, ready}, expected.front().from});
 
-    // The second stretch of "one" is still open when Kivo ends cleanly: it is recorded too.
+    // The last stretch is still open when Kivo ends cleanly: it is recorded too.
     const auto store = RecordStore::open(storePath, RecordStore::Mode::ReadOnly);
     const auto activities = store->fetch<Activity>({"", {}, "startAt"});
-    const std::vector<ExpectedActivity> expected{
-        {"kivo-e2e-one", "foot", "Foot", {ready - 1.0, ready}, toTwo},
-        {"kivo-e2e-two", "foot", "Foot", toTwo, renamed},
-        {"kivo-e2e-two-renamed", "foot", "Foot", renamed, backToOne},
-        {"kivo-e2e-one", "foot", "Foot", backToOne, stopped}};
     // Each edge is seen up to a tick (1 s) late; a busy machine adds a little everywhere.
     constexpr double lateness = 2.0;
     expectActivities(activities, expected, lateness);
+    test::expectTimeInFront(activities, expected);
     const std::int64_t recorded = totalDuration(activities);
     EXPECT_EQ(totalDuration(store->fetch<AppUsage>()), recorded);
     EXPECT_EQ(totalDuration(store->fetch<TagUsage>()), recorded);
