@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QThread>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <numeric>
 #include <vector>
@@ -104,9 +105,11 @@ inline void expectTimeInFront(const std::vector<Activity>& activities,
     ASSERT_EQ(activities.size(), expected.size());
     double shownInAll = 0.0;
     std::int64_t recordedInAll = 0;
+    QStringList errors;  // printed, for a look at how close a run came
     for (std::size_t i = 1; i < activities.size(); ++i) {
         const auto& [title, bundleId, name, from, to] = expected[i];
         const double shown = (to.before + to.after - from.before - from.after) / 2;
+        errors.append(QString::number(static_cast<double>(activities[i].duration) - shown, 'f', 2));
         const double vagueness = (to.after - to.before + from.after - from.before) / 2;
         // A timer's tick may come a little early or late.
         constexpr double jitter = 0.2;
@@ -115,6 +118,8 @@ inline void expectTimeInFront(const std::vector<Activity>& activities,
         shownInAll += shown;
         recordedInAll += activities[i].duration;
     }
+    std::printf("recorded minus shown per span (s): %s; in all %lld of %.1f s\n",
+                qPrintable(errors.join(u' ')), static_cast<long long>(recordedInAll), shownInAll);
     EXPECT_NEAR(static_cast<double>(recordedInAll), shownInAll, 0.02 * shownInAll);
 }
 
