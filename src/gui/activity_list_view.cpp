@@ -142,6 +142,10 @@ ActivityListView::ActivityListView(RecordStore& store, const Clock& clock,
 
     totalLabel_ = new QLabel;
     totalLabel_->setAccessibleName(QStringLiteral("ActivityTotal"));
+    listingHint_.setSingleShot(true);
+    listingHint_.setInterval(std::chrono::milliseconds(300));
+    connect(&listingHint_, &QTimer::timeout, totalLabel_,
+            [this] { totalLabel_->setEnabled(false); });
     auto* bar = new QHBoxLayout;
     bar->setContentsMargins(4, 0, 4, 0);
     bar->addWidget(new QLabel(QStringLiteral("<b>Activities</b>")));
@@ -253,7 +257,7 @@ void ActivityListView::refresh(const ActivityListQuery& query, const ReportSelec
     query_ = query;
     selection_ = selection;
     // A quiet hint that the rows are about to change.
-    totalLabel_->setEnabled(false);
+    listingHint_.start();
     lister_->request(query_);
 }
 
@@ -287,6 +291,7 @@ void ActivityListView::show(ActivityList list) {
     }
     list_->selectionModel()->select(kept, QItemSelectionModel::ClearAndSelect);
     list_->verticalScrollBar()->setValue(scroll);
+    listingHint_.stop();
     totalLabel_->setEnabled(true);
     totalLabel_->setText(QStringLiteral("%1 rows, %2")
                              .arg(model_->groups().size())
@@ -298,6 +303,7 @@ void ActivityListView::show(ActivityList list) {
 
 void ActivityListView::showFailure(const QString& reason) {
     // The rows shown before stay: they are what the actions act on.
+    listingHint_.stop();
     totalLabel_->setEnabled(true);
     totalLabel_->setText(QStringLiteral("The activities could not be read: %1").arg(reason));
     Q_EMIT listed();
