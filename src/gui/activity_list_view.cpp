@@ -273,6 +273,14 @@ void ActivityListView::show(ActivityList list) {
             selectedKeys.insert(row.data(ActivityListModel::groupKeyRole).toString());
         }
     }
+    // And the groups whose time entries the user folded away, which the refresh keeps folded.
+    QSet<QString> collapsedKeys;
+    for (int row = 0; model_->isShowTimeEntries() && row < model_->rowCount(); ++row) {
+        const QModelIndex index = model_->index(row, 0);
+        if (!list_->isExpanded(index)) {
+            collapsedKeys.insert(index.data(ActivityListModel::groupKeyRole).toString());
+        }
+    }
     const int scroll = list_->verticalScrollBar()->value();
 
     minutesPerHour_ = list.minutesPerHour;
@@ -285,8 +293,12 @@ void ActivityListView::show(ActivityList list) {
     QItemSelection kept;
     for (int row = 0; row < model_->rowCount(); ++row) {
         const QModelIndex index = model_->index(row, 0);
-        if (selectedKeys.contains(index.data(ActivityListModel::groupKeyRole).toString())) {
+        const QString key = index.data(ActivityListModel::groupKeyRole).toString();
+        if (selectedKeys.contains(key)) {
             kept.select(index, model_->index(row, ActivityListModel::columnTotal - 1));
+        }
+        if (collapsedKeys.contains(key)) {
+            list_->collapse(index);
         }
     }
     list_->selectionModel()->select(kept, QItemSelectionModel::ClearAndSelect);

@@ -55,8 +55,8 @@ QStringList rowsOf(const UsageReport<Row>& report) {
     return rows;
 }
 
-// Everything the window shows for the days from `first` to today.
-QStringList everythingShown(test::TreeHarness& h, QDate first, const LiveActivities& live) {
+// Everything the window shows for the days from `first` to today, a line each.
+std::string everythingShown(test::TreeHarness& h, QDate first, const LiveActivities& live) {
     QStringList shown;
     const auto groups = h.tree.recomputeTreeDurations(first, h.today, live);
     const ReportSelection selection = h.tree.reportSelection();
@@ -84,7 +84,7 @@ QStringList everythingShown(test::TreeHarness& h, QDate first, const LiveActivit
     for (const ActivityGroup& group : listActivities(*h.store, query).groups) {
         shown << u"%1 %2 %3"_qs.arg(group.title).arg(group.duration).arg(group.entries.size());
     }
-    return shown;
+    return shown.join(u'\n').toStdString();
 }
 
 TEST(LiveActivities, CountAsTheirRecordsOnceWrittenOnlyForCountedFiltersAndShownDays) {
@@ -111,8 +111,8 @@ TEST(LiveActivities, CountAsTheirRecordsOnceWrittenOnlyForCountedFiltersAndShown
          activityOf(h.s.mail, u"terminal"_qs, {}, 700, localMoment(h.today, 11), now),
          activityOf(h.s.code, u"editor"_qs, {}, 80, localMoment(yesterday, 23, 59), now)}};
 
-    const QStringList todayLive = everythingShown(h, h.today, live);
-    const QStringList bothDaysLive = everythingShown(h, yesterday, live);
+    const std::string todayLive = everythingShown(h, h.today, live);
+    const std::string bothDaysLive = everythingShown(h, yesterday, live);
     EXPECT_NE(todayLive, everythingShown(h, h.today, {}));
 
     for (const Activity& written : live.activities) {
