@@ -94,8 +94,8 @@ template <class Compute>
 void usageReport(benchmark::State& state, Compute compute) {
     auto& f = fixture();
     for (auto _ : state) {
-        const auto report =
-            compute(*f.store, f.tree.reportSelection(), rangeStart(state.range(0)), lastDay);
+        const auto report = compute(*f.store, f.tree.reportSelection(), rangeStart(state.range(0)),
+                                    lastDay, LiveActivities{});
         benchmark::DoNotOptimize(report.durationTotal);
     }
 }

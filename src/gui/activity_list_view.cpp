@@ -142,6 +142,10 @@ ActivityListView::ActivityListView(RecordStore& store, const Clock& clock,
 
     totalLabel_ = new QLabel;
     totalLabel_->setAccessibleName(QStringLiteral("ActivityTotal"));
+    listingHint_.setSingleShot(true);
+    listingHint_.setInterval(std::chrono::milliseconds(300));
+    connect(&listingHint_, &QTimer::timeout, totalLabel_,
+            [this] { totalLabel_->setEnabled(false); });
     auto* bar = new QHBoxLayout;
     bar->setContentsMargins(4, 0, 4, 0);
     bar->addWidget(new QLabel(QStringLiteral("<b>Activities</b>")));
@@ -253,7 +257,7 @@ void ActivityListView::refresh(const ActivityListQuery& query, const ReportSelec
     query_ = query;
     selection_ = selection;
     // A quiet hint that the rows are about to change.
-    totalLabel_->setEnabled(false);
+    listingHint_.start();
     lister_->request(query_);
 }
 
@@ -269,6 +273,14 @@ void ActivityListView::show(ActivityList list) {
             selectedKeys.insert(row.data(ActivityListModel::groupKeyRole).toString());
         }
     }
+    // And the groups whose time entries the user folded away, which the refresh keeps folded.
+    QSet<QString> collapsedKeys;
+    for (int row = 0; model_->isShowTimeEntries() && row < model_->rowCount(); ++row) {
+        const QModelIndex index = model_->index(row, 0);
+        if (!list_->isExpanded(index)) {
+            collapsedKeys.insert(index.data(ActivityListModel::groupKeyRole).toString());
+        }
+    }
     const int scroll = list_->verticalScrollBar()->value();
 
     minutesPerHour_ = list.minutesPerHour;
@@ -281,12 +293,17 @@ void ActivityListView::show(ActivityList list) {
     QItemSelection kept;
     for (int row = 0; row < model_->rowCount(); ++row) {
         const QModelIndex index = model_->index(row, 0);
-        if (selectedKeys.contains(index.data(ActivityListModel::groupKeyRole).toString())) {
+        const QString key = index.data(ActivityListModel::groupKeyRole).toString();
+        if (selectedKeys.contains(key)) {
             kept.select(index, model_->index(row, ActivityListModel::columnTotal - 1));
+        }
+        if (collapsedKeys.contains(key)) {
+            list_->collapse(index);
         }
     }
     list_->selectionModel()->select(kept, QItemSelectionModel::ClearAndSelect);
     list_->verticalScrollBar()->setValue(scroll);
+    listingHint_.stop();
     totalLabel_->setEnabled(true);
     totalLabel_->setText(QStringLiteral("%1 rows, %2")
                              .arg(model_->groups().size())
@@ -298,6 +315,7 @@ void ActivityListView::show(ActivityList list) {
 
 void ActivityListView::showFailure(const QString& reason) {
     // The rows shown before stay: they are what the actions act on.
+    listingHint_.stop();
     totalLabel_->setEnabled(true);
     totalLabel_->setText(QStringLiteral("The activities could not be read: %1").arg(reason));
     Q_EMIT listed();

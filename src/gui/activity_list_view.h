@@ -3,6 +3,7 @@
 #include <QDate>
 #include <QHash>
 #include <QIcon>
+#include <QTimer>
 #include <QWidget>
 #include <array>
 #include <cstdint>
@@ -102,6 +103,9 @@ private:
     QCategoryAxis* hourAxis_ = nullptr;
     QValueAxis* minutesAxis_ = nullptr;
     QLabel* totalLabel_ = nullptr;
+    // Greys the total when a list takes long enough to be noticed; the window's refresh every few
+    // seconds would otherwise make it blink.
+    QTimer listingHint_;
     QToolButton* assignButton_ = nullptr;
     QToolButton* deleteButton_ = nullptr;
     QToolButton* createFilterButton_ = nullptr;

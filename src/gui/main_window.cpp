@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QHBoxLayout>
+#include <QHideEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
@@ -15,6 +16,7 @@
 #include <QVBoxLayout>
 
 #include "capture/application_catalog.h"
+#include "capture/capture_activities.h"
 #include "capture/capture_timer.h"
 #include "capture/recorder.h"
 #include "desktop/xdg/application_icon.h"
@@ -39,6 +41,8 @@ namespace kivo {
 namespace {
 
 constexpr auto productivityInterval = std::chrono::seconds(300);
+// Often enough that the time of the open captures seems to run, seldom enough to cost nothing.
+constexpr auto liveRefreshInterval = std::chrono::seconds(5);
 // The earliest day the date picker offers.
 const QDate firstSelectableDate(2000, 1, 1);
 
@@ -105,7 +109,13 @@ MainWindow::MainWindow(const WindowServices& services, QWidget* parent)
 
     captureTimer_ = new CaptureTimer(recorder_, settings_, this);
     productivityTimer_.setInterval(productivityInterval);
-    connect(&productivityTimer_, &QTimer::timeout, this, &MainWindow::refreshProductivity);
+    // Hidden, the window still keeps the tray's score current.
+    connect(&productivityTimer_, &QTimer::timeout, this, [this] {
+        live_ = currentLiveActivities();
+        refreshProductivity();
+    });
+    liveRefreshTimer_.setInterval(liveRefreshInterval);
+    connect(&liveRefreshTimer_, &QTimer::timeout, this, &MainWindow::refreshWhileLive);
 
     sidebar_ = new SidebarView(tree_);
     sidebar_->setMinimumWidth(200);
@@ -306,6 +316,7 @@ void MainWindow::refreshActivityList() {
     query.projectSelections = detailSelections_.projectSelections;
     query.searchText = searchText_;
     query.minimumDuration = settings_.minimumDurationToDisplay();
+    query.live = live_;
     activityList_->refresh(query, selection);
 }
 
@@ -341,6 +352,28 @@ void MainWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
     if (!hasAppeared_) {
         firstAppearance();
+    } else {
+        forceUpdate();  // the time of the application left to open the window shows at once
+    }
+    liveRefreshTimer_.start();
+}
+
+void MainWindow::hideEvent(QHideEvent* event) {
+    QMainWindow::hideEvent(event);
+    liveRefreshTimer_.stop();
+}
+
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && hasAppeared_) {
+        forceUpdate();
+    }
+}
+
+void MainWindow::refreshWhileLive() {
+    // Only today's time runs; past days change only through edits, which refresh themselves.
+    if (maxSelectedDate_ >= today()) {
+        forceUpdate();
     }
 }
 
@@ -420,7 +453,8 @@ void MainWindow::forceUpdate() {
     if (!hasAppeared_) {
         return;  // the first appearance fills everything once it has prepared the tree
     }
-    tree_.recomputeTreeDurations(minSelectedDate_, maxSelectedDate_);
+    live_ = currentLiveActivities();
+    tree_.recomputeTreeDurations(minSelectedDate_, maxSelectedDate_, live_);
     refreshProductivity();
     for (auto& [kind, stale] : isReportStale_) {
         stale = true;
@@ -432,7 +466,13 @@ void MainWindow::forceUpdate() {
 }
 
 void MainWindow::refreshProductivity() {
-    kivo::refreshProductivity(productivity_, store_, tree_.reportSelection(), today());
+    kivo::refreshProductivity(productivity_, store_, tree_.reportSelection(), today(), live_);
+}
+
+LiveActivities MainWindow::currentLiveActivities() const {
+    const Instant now = clock_.now();
+    return {activitiesOfEndedCaptures(recorder_.capturesEndedAt(now), store_, settings_, now,
+                                      MatchBudget())};
 }
 
 void MainWindow::selectSection(MenuType type) {
@@ -454,8 +494,8 @@ void MainWindow::refreshVisibleSection() {
     if (menuSelection_ == MenuType::stats) {
         if (isStatsStale_) {
             const auto selection = tree_.reportSelection();
-            productivityChart_->refresh(store_, selection, today());
-            projectChart_->refresh(store_, selection, today());
+            productivityChart_->refresh(store_, selection, today(), live_);
+            projectChart_->refresh(store_, selection, today(), live_);
             isStatsStale_ = false;
         }
         detailStack_->setCurrentWidget(statsPage_);
@@ -468,7 +508,7 @@ void MainWindow::refreshVisibleSection() {
     const ReportKind kind = reportOf(menuSelection_);
     ReportView* view = reportViews_.at(kind);
     if (isReportStale_[kind]) {
-        view->refresh(store_, tree_.reportSelection(), minSelectedDate_, maxSelectedDate_);
+        view->refresh(store_, tree_.reportSelection(), minSelectedDate_, maxSelectedDate_, live_);
         isReportStale_[kind] = false;
     }
     detailStack_->setCurrentWidget(view);

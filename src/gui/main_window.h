@@ -12,6 +12,7 @@
 
 #include "gui/menu_items.h"
 #include "gui/report_rows.h"
+#include "model/live_activities.h"
 #include "model/records.h"
 #include "tree/project_tree_view_model.h"
 
@@ -82,7 +83,7 @@ public:
     void startRecording();
     void stopRecording();
 
-    // Every view recomputes from the store.
+    // Every view recomputes from the store, with the open captures counted as if they ended now.
     void forceUpdate();
 
     MenuType menuSelection() const { return menuSelection_; }
@@ -113,6 +114,8 @@ public:
     ProductivityBarChartView& productivityChart() const { return *productivityChart_; }
     const DetailSelections& detailSelections() const { return detailSelections_; }
     const QTimer& productivityTimer() const { return productivityTimer_; }
+    // While the window is visible, it refreshes by itself on each timeout.
+    const QTimer& liveRefreshTimer() const { return liveRefreshTimer_; }
     QToolButton& dayBackButton() const { return *dayBackButton_; }
     QToolButton& dayForwardButton() const { return *dayForwardButton_; }
     QToolButton& recordingSwitch() const { return *recordingSwitch_; }
@@ -125,6 +128,8 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void buildToolBar();
@@ -133,6 +138,9 @@ private:
     void fillApplicationIcons();
     void refreshVisibleSection();
     void refreshProductivity();
+    // What recording would write if the open captures ended now.
+    LiveActivities currentLiveActivities() const;
+    void refreshWhileLive();
     void updateToolBar();
     void updateStatus();
     void applySidebarSelection(const std::vector<QUuid>& ids);
@@ -150,6 +158,9 @@ private:
     std::unique_ptr<EditorWindows> editors_;
     CaptureTimer* captureTimer_ = nullptr;
     QTimer productivityTimer_;
+    QTimer liveRefreshTimer_;
+    // The open captures as every view last counted them.
+    LiveActivities live_;
     QHash<QString, QIcon> appIcons_;
     DetailSelections detailSelections_;
 

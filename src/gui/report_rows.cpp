@@ -41,16 +41,16 @@ ReportRows rowsOf(const UsageReport<Item>& report) {
 }  // namespace
 
 ReportRows computeReportRows(ReportKind kind, RecordStore& store, const ReportSelection& selection,
-                             QDate minDate, QDate maxDate) {
+                             QDate minDate, QDate maxDate, const LiveActivities& live) {
     switch (kind) {
         case ReportKind::applications:
-            return rowsOf(computeApplicationReport(store, selection, minDate, maxDate));
+            return rowsOf(computeApplicationReport(store, selection, minDate, maxDate, live));
         case ReportKind::websites:
-            return rowsOf(computeWebsiteReport(store, selection, minDate, maxDate));
+            return rowsOf(computeWebsiteReport(store, selection, minDate, maxDate, live));
         case ReportKind::tags:
-            return rowsOf(computeFilterReport(store, selection, minDate, maxDate));
+            return rowsOf(computeFilterReport(store, selection, minDate, maxDate, live));
         case ReportKind::projects:
-            return rowsOf(computeProjectReport(store, selection, minDate, maxDate));
+            return rowsOf(computeProjectReport(store, selection, minDate, maxDate, live));
     }
     return {};
 }

@@ -9,6 +9,7 @@
 namespace kivo {
 
 class RecordStore;
+struct LiveActivities;
 struct ReportSelection;
 
 // The four usage reports of the detail area.
@@ -31,9 +32,10 @@ struct ReportRows {
     std::int64_t durationTotal = 1;
 };
 
-// Runs the report of `kind` for the days from `minDate` to `maxDate`.
+// Runs the report of `kind` for the days from `minDate` to `maxDate`, the live activities
+// counted as if written.
 ReportRows computeReportRows(ReportKind kind, RecordStore& store, const ReportSelection& selection,
-                             QDate minDate, QDate maxDate);
+                             QDate minDate, QDate maxDate, const LiveActivities& live);
 
 // The name a row is shown with: an empty domain reads "(no website)".
 QString shownName(ReportKind kind, const ReportRow& row);

@@ -1,6 +1,9 @@
 #include "gui/report_table_model.h"
 
+#include <QHash>
+#include <QSet>
 #include <algorithm>
+#include <iterator>
 
 #include "gui/icons.h"
 #include "reports/percentage.h"
@@ -43,11 +46,76 @@ int ReportTableModel::durationColumn() const {
 }
 
 void ReportTableModel::setRows(std::vector<ReportRow> rows, std::int64_t durationTotal) {
-    beginResetModel();
-    rows_ = std::move(rows);
+    sortRows(rows);
+    removeRowsNotIn(rows);
+    appendRowsNotShown(rows);
+    const bool isTotalChanged = durationTotal != durationTotal_;
     durationTotal_ = durationTotal;
-    sortRows();
-    endResetModel();
+    const bool isShownChanged = !std::equal(rows.begin(), rows.end(), rows_.begin(), rows_.end(),
+                                            [](const ReportRow& a, const ReportRow& b) {
+                                                return a.key == b.key && a.name == b.name &&
+                                                       a.project == b.project &&
+                                                       a.duration == b.duration;
+                                            });
+    moveToOrderOf(std::move(rows));
+    if ((isShownChanged || isTotalChanged) && !rows_.empty()) {
+        Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
+    }
+}
+
+void ReportTableModel::removeRowsNotIn(const std::vector<ReportRow>& rows) {
+    QSet<QString> kept;
+    for (const ReportRow& row : rows) {
+        kept.insert(row.key);
+    }
+    for (auto row = static_cast<int>(rows_.size()) - 1; row >= 0; --row) {
+        if (!kept.contains(rows_[static_cast<std::size_t>(row)].key)) {
+            beginRemoveRows({}, row, row);
+            rows_.erase(rows_.begin() + row);
+            endRemoveRows();
+        }
+    }
+}
+
+void ReportTableModel::appendRowsNotShown(const std::vector<ReportRow>& rows) {
+    QSet<QString> shown;
+    for (const ReportRow& row : rows_) {
+        shown.insert(row.key);
+    }
+    std::vector<ReportRow> added;
+    std::copy_if(rows.begin(), rows.end(), std::back_inserter(added),
+                 [&shown](const ReportRow& row) { return !shown.contains(row.key); });
+    if (added.empty()) {
+        return;
+    }
+    const auto first = static_cast<int>(rows_.size());
+    beginInsertRows({}, first, first + static_cast<int>(added.size()) - 1);
+    rows_.insert(rows_.end(), added.begin(), added.end());
+    endInsertRows();
+}
+
+void ReportTableModel::moveToOrderOf(std::vector<ReportRow> rows) {
+    const bool isSameOrder =
+        std::equal(rows.begin(), rows.end(), rows_.begin(), rows_.end(),
+                   [](const ReportRow& a, const ReportRow& b) { return a.key == b.key; });
+    if (isSameOrder) {
+        rows_ = std::move(rows);
+        return;
+    }
+    Q_EMIT layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    QHash<QString, int> newRowOfKey;
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        newRowOfKey.insert(rows[row].key, static_cast<int>(row));
+    }
+    const QModelIndexList before = persistentIndexList();
+    QModelIndexList after;
+    for (const QModelIndex& index : before) {
+        const QString& key = rows_[static_cast<std::size_t>(index.row())].key;
+        after.append(this->index(newRowOfKey.value(key), index.column()));
+    }
+    rows_ = std::move(rows);
+    changePersistentIndexList(before, after);
+    Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
 
 void ReportTableModel::setIsCompactColumns(bool value) {
@@ -146,7 +214,7 @@ void ReportTableModel::sort(int column, Qt::SortOrder order) {
     for (const QModelIndex& index : before) {
         ids.push_back(rows_[static_cast<std::size_t>(index.row())].id);
     }
-    sortRows();
+    sortRows(rows_);
     QModelIndexList after;
     for (std::size_t i = 0; i < ids.size(); ++i) {
         const auto found = std::find_if(rows_.begin(), rows_.end(),
@@ -158,7 +226,7 @@ void ReportTableModel::sort(int column, Qt::SortOrder order) {
     Q_EMIT layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
 
-void ReportTableModel::sortRows() {
+void ReportTableModel::sortRows(std::vector<ReportRow>& rows) const {
     if (sortColumn_ < 0) {
         return;  // the report's own order: largest first
     }
@@ -174,9 +242,9 @@ void ReportTableModel::sortRows() {
         return a.duration < b.duration;
     };
     if (sortOrder_ == Qt::AscendingOrder) {
-        std::stable_sort(rows_.begin(), rows_.end(), less);
+        std::stable_sort(rows.begin(), rows.end(), less);
     } else {
-        std::stable_sort(rows_.begin(), rows_.end(),
+        std::stable_sort(rows.begin(), rows.end(),
                          [&](const ReportRow& a, const ReportRow& b) { return less(b, a); });
     }
 }

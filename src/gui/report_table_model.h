@@ -21,6 +21,8 @@ public:
 
     // Icons of the applications by bundle id; a missing one shows the unknown-application glyph.
     void setIcons(const QHash<QString, QIcon>* icons) { icons_ = icons; }
+    // Rows are matched to the shown ones by key and changed in place (removed, added, moved,
+    // updated), so that a view keeps its selection and scroll position across a refresh.
     void setRows(std::vector<ReportRow> rows, std::int64_t durationTotal);
     void setIsCompactColumns(bool value);
     bool isCompactColumns() const { return isCompactColumns_; }
@@ -37,7 +39,11 @@ public:
 
 private:
     bool hasProjectColumn() const;
-    void sortRows();
+    void sortRows(std::vector<ReportRow>& rows) const;
+    void removeRowsNotIn(const std::vector<ReportRow>& rows);
+    void appendRowsNotShown(const std::vector<ReportRow>& rows);
+    // `rows` holds the same keys as the shown rows.
+    void moveToOrderOf(std::vector<ReportRow> rows);
 
     ReportKind kind_;
     const QHash<QString, QIcon>* icons_ = nullptr;

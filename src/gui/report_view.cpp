@@ -47,6 +47,15 @@ QString title(ReportKind kind) {
     return {};
 }
 
+bool isSameChart(const ReportRows& a, const ReportRows& b) {
+    return a.durationTotal == b.durationTotal &&
+           std::equal(a.chart.begin(), a.chart.end(), b.chart.begin(), b.chart.end(),
+                      [](const ReportRow& x, const ReportRow& y) {
+                          return x.key == y.key && x.name == y.name && x.project == y.project &&
+                                 x.duration == y.duration;
+                      });
+}
+
 // Wide enough for the table and the chart side by side.
 constexpr int sideBySideWidth = 760;
 
@@ -126,10 +135,16 @@ ReportView::ReportView(ReportKind kind, const QHash<QString, QIcon>& icons, QWid
 }
 
 void ReportView::refresh(RecordStore& store, const ReportSelection& selection, QDate minDate,
-                         QDate maxDate) {
-    rows_ = computeReportRows(kind_, store, selection, minDate, maxDate);
-    model_->setRows(rows_.table, rows_.durationTotal);
-    chart_->setRows(rows_.chart, rows_.durationTotal, isShowPieChart_);
+                         QDate maxDate, const LiveActivities& live) {
+    ReportRows rows = computeReportRows(kind_, store, selection, minDate, maxDate, live);
+    model_->setRows(rows.table, rows.durationTotal);
+    // The chart is drawn anew only when it changed: a refresh every few seconds would otherwise
+    // rebuild it for nothing.
+    if (!isChartDrawn_ || !isSameChart(rows, rows_)) {
+        chart_->setRows(rows.chart, rows.durationTotal, isShowPieChart_);
+        isChartDrawn_ = true;
+    }
+    rows_ = std::move(rows);
     std::int64_t shown = 0;
     for (const ReportRow& row : rows_.table) {
         shown += row.duration;

@@ -18,6 +18,7 @@ namespace kivo {
 
 class RecordStore;
 class ReportChartView;
+struct LiveActivities;
 class ReportTableModel;
 struct ReportSelection;
 
@@ -28,8 +29,8 @@ class ReportView : public QWidget {
 public:
     ReportView(ReportKind kind, const QHash<QString, QIcon>& icons, QWidget* parent = nullptr);
 
-    void refresh(RecordStore& store, const ReportSelection& selection, QDate minDate,
-                 QDate maxDate);
+    void refresh(RecordStore& store, const ReportSelection& selection, QDate minDate, QDate maxDate,
+                 const LiveActivities& live);
     void setIsShowPieChart(bool value);
     void setIsCompactColumns(bool value);
 
@@ -58,6 +59,7 @@ private:
     bool isSplitPlaced_ = false;
     QLabel* totalLabel_ = nullptr;
     ReportRows rows_;
+    bool isChartDrawn_ = false;
     bool isShowPieChart_ = true;
 };
 

@@ -27,8 +27,16 @@ ProductivityBarChartView::ProductivityBarChartView(QWidget* parent) : ChartPanel
 }
 
 void ProductivityBarChartView::refresh(RecordStore& store, const ReportSelection& selection,
-                                       QDate today) {
-    const auto bars = productivityBars(store, selection, today, statsDaysAgo);
+                                       QDate today, const LiveActivities& live) {
+    const auto bars = productivityBars(store, selection, today, statsDaysAgo, live);
+    std::vector<std::pair<QString, double>> shown;
+    for (const auto& bar : bars) {
+        shown.emplace_back(bar.name, bar.value);
+    }
+    if (shown == shownBars_) {
+        return;
+    }
+    shownBars_ = std::move(shown);
     if (bars.empty()) {
         showEmptyText();
         return;
@@ -117,18 +125,24 @@ void ProjectBarChartView::setIsPercentageGraph(bool value) {
     redraw();
 }
 
-void ProjectBarChartView::refresh(RecordStore& store, const ReportSelection& selection,
-                                  QDate today) {
-    const auto chart = computeProjectBarChart(store, selection, today, statsDaysAgo);
-    segments_.clear();
-    dayTotals_.clear();
+void ProjectBarChartView::refresh(RecordStore& store, const ReportSelection& selection, QDate today,
+                                  const LiveActivities& live) {
+    const auto chart = computeProjectBarChart(store, selection, today, statsDaysAgo, live);
+    std::vector<Segment> segments;
+    std::vector<std::pair<QString, std::int64_t>> dayTotals;
     for (const auto& bar : chart.dataSet) {
-        segments_.push_back({bar.name, bar.projectName, bar.value});
-        if (dayTotals_.empty() || dayTotals_.back().first != bar.name) {
-            dayTotals_.emplace_back(bar.name, 0);
+        segments.push_back({bar.name, bar.projectName, bar.value});
+        if (dayTotals.empty() || dayTotals.back().first != bar.name) {
+            dayTotals.emplace_back(bar.name, 0);
         }
-        dayTotals_.back().second += bar.annotation;
+        dayTotals.back().second += bar.annotation;
     }
+    if (isDrawn_ && segments == segments_ && dayTotals == dayTotals_) {
+        return;
+    }
+    isDrawn_ = true;
+    segments_ = std::move(segments);
+    dayTotals_ = std::move(dayTotals);
     redraw();
 }
 

@@ -2,6 +2,9 @@
 
 #include <QDate>
 #include <QWidget>
+#include <optional>
+#include <utility>
+#include <vector>
 
 #include "gui/chart_panel.h"
 
@@ -12,6 +15,7 @@ QT_END_NAMESPACE
 namespace kivo {
 
 class RecordStore;
+struct LiveActivities;
 struct ReportSelection;
 
 // How many days the Stats charts show, today included.
@@ -23,7 +27,13 @@ class ProductivityBarChartView : public ChartPanel {
 
 public:
     explicit ProductivityBarChartView(QWidget* parent = nullptr);
-    void refresh(RecordStore& store, const ReportSelection& selection, QDate today);
+    // Draws anew only when a bar changed.
+    void refresh(RecordStore& store, const ReportSelection& selection, QDate today,
+                 const LiveActivities& live);
+
+private:
+    // Each bar's day and score as last drawn; none before the first refresh.
+    std::optional<std::vector<std::pair<QString, double>>> shownBars_;
 };
 
 // The counted projects' hours of each of the last days as stacked bars with the day's total
@@ -33,7 +43,9 @@ class ProjectBarChartView : public QWidget {
 
 public:
     explicit ProjectBarChartView(QWidget* parent = nullptr);
-    void refresh(RecordStore& store, const ReportSelection& selection, QDate today);
+    // Draws anew only when a segment or a day's total changed.
+    void refresh(RecordStore& store, const ReportSelection& selection, QDate today,
+                 const LiveActivities& live);
 
     void setIsPercentageGraph(bool value);
 
@@ -49,9 +61,12 @@ private:
         QString day;
         QString project;
         double hours = 0.0;
+
+        friend bool operator==(const Segment&, const Segment&) = default;
     };
     std::vector<Segment> segments_;
     std::vector<std::pair<QString, std::int64_t>> dayTotals_;
+    bool isDrawn_ = false;
 };
 
 }  // namespace kivo

@@ -155,46 +155,22 @@ public:
     // Columns: id, projectId, filterId, appName, appBundleId, title, url, domainName, duration,
     // startAt, endAt.
     void add(const RowCells& row) {
-        const std::int64_t duration = row.integer(8);
-        if (static_cast<double>(duration) < query_.minimumDuration) {
-            return;
-        }
-        const QUuid& filterId = uuid_(row.text(2));
-        const QString& appBundleId = text_(row.text(4));
-        const QString& domainName = text_(row.text(7));
-        const QUuid& projectId = uuid_(row.text(1));
-        if (!query_.countedFilters.contains(filterId) || !isSelected(applications_, appBundleId) ||
-            !isSelected(websites_, domainName) || !isSelected(filters_, filterId) ||
-            !isSelected(projects_, projectId)) {
-            return;
-        }
-        const QString& title = text_(row.text(5));
-        const QString& url = text_(row.text(6));
-        if (!query_.searchText.isEmpty() &&
-            !title.contains(query_.searchText, Qt::CaseInsensitive) &&
-            !url.contains(query_.searchText, Qt::CaseInsensitive)) {
-            return;
-        }
-        const auto [found, isNew] = groupOf_.try_emplace(
-            GroupKey{&appBundleId, &title, &url, &filterId}, list_.groups.size());
-        if (isNew) {
-            list_.groups.push_back({text_(row.text(3)),
-                                    appBundleId,
-                                    title,
-                                    url,
-                                    domainName,
-                                    projectId,
-                                    filterId,
-                                    0,
-                                    {}});
-        }
-        ActivityGroup& group = list_.groups[found->second];
-        const Instant startAt = fromEpochSeconds(row.real(9));
-        group.duration = checkedAdd(group.duration, duration);
-        group.entries.push_back(
-            {uuidOf(row.text(0)), startAt, fromEpochSeconds(row.real(10)), duration});
-        list_.durationTotal = checkedAdd(list_.durationTotal, duration);
-        addToHistogram(list_.minutesPerHour, offsets_, startAt, duration);
+        addFields({row.text(0), row.text(1), row.text(2), row.text(3), row.text(4), row.text(5),
+                   row.text(6), row.text(7), row.integer(8), row.real(9), row.real(10)});
+    }
+
+    void add(const Activity& activity) {
+        const QByteArray id = activity.id.toByteArray(QUuid::WithoutBraces);
+        const QByteArray projectId = activity.projectId.toByteArray(QUuid::WithoutBraces);
+        const QByteArray filterId = activity.filterId.toByteArray(QUuid::WithoutBraces);
+        const QByteArray appName = activity.appName.toUtf8();
+        const QByteArray appBundleId = activity.appBundleId.toUtf8();
+        const QByteArray title = activity.title.toUtf8();
+        const QByteArray url = activity.url.toUtf8();
+        const QByteArray domainName = activity.domainName.toUtf8();
+        addFields({view(id), view(projectId), view(filterId), view(appName), view(appBundleId),
+                   view(title), view(url), view(domainName), activity.duration,
+                   toEpochSeconds(activity.startAt), toEpochSeconds(activity.endAt)});
     }
 
     ActivityList finish() && {
@@ -205,6 +181,67 @@ public:
     }
 
 private:
+    // One activity's columns, as the store hands them over or as a live one reads.
+    struct Fields {
+        std::string_view id;
+        std::string_view projectId;
+        std::string_view filterId;
+        std::string_view appName;
+        std::string_view appBundleId;
+        std::string_view title;
+        std::string_view url;
+        std::string_view domainName;
+        std::int64_t duration;
+        double startAt;
+        double endAt;
+    };
+
+    static std::string_view view(const QByteArray& bytes) {
+        return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+    }
+
+    void addFields(const Fields& row) {
+        const std::int64_t duration = row.duration;
+        if (static_cast<double>(duration) < query_.minimumDuration) {
+            return;
+        }
+        const QUuid& filterId = uuid_(row.filterId);
+        const QString& appBundleId = text_(row.appBundleId);
+        const QString& domainName = text_(row.domainName);
+        const QUuid& projectId = uuid_(row.projectId);
+        if (!query_.countedFilters.contains(filterId) || !isSelected(applications_, appBundleId) ||
+            !isSelected(websites_, domainName) || !isSelected(filters_, filterId) ||
+            !isSelected(projects_, projectId)) {
+            return;
+        }
+        const QString& title = text_(row.title);
+        const QString& url = text_(row.url);
+        if (!query_.searchText.isEmpty() &&
+            !title.contains(query_.searchText, Qt::CaseInsensitive) &&
+            !url.contains(query_.searchText, Qt::CaseInsensitive)) {
+            return;
+        }
+        const auto [found, isNew] = groupOf_.try_emplace(
+            GroupKey{&appBundleId, &title, &url, &filterId}, list_.groups.size());
+        if (isNew) {
+            list_.groups.push_back({text_(row.appName),
+                                    appBundleId,
+                                    title,
+                                    url,
+                                    domainName,
+                                    projectId,
+                                    filterId,
+                                    0,
+                                    {}});
+        }
+        ActivityGroup& group = list_.groups[found->second];
+        const Instant startAt = fromEpochSeconds(row.startAt);
+        group.duration = checkedAdd(group.duration, duration);
+        group.entries.push_back({uuidOf(row.id), startAt, fromEpochSeconds(row.endAt), duration});
+        list_.durationTotal = checkedAdd(list_.durationTotal, duration);
+        addToHistogram(list_.minutesPerHour, offsets_, startAt, duration);
+    }
+
     const ActivityListQuery& query_;
     QSet<QString> applications_;
     QSet<QString> websites_;
@@ -224,12 +261,32 @@ ActivityList listActivities(RecordStore& store, const ActivityListQuery& query) 
         return {};
     }
     const DayRange days = localDays(query.minDate, query.maxDate);
+    std::vector<const Activity*> live;
+    for (const Activity& activity : query.live.activities) {
+        if (days.contains(activity.startAt)) {
+            live.push_back(&activity);
+        }
+    }
+    std::stable_sort(live.begin(), live.end(),
+                     [](const Activity* a, const Activity* b) { return a->startAt < b->startAt; });
+    // A live activity goes in among the stored ones by its start, after those of the same start,
+    // as it will be read once written.
+    auto nextLive = live.begin();
     ActivityGrouper grouper(query);
     store.read(
         "SELECT id, projectId, filterId, appName, appBundleId, title, url, domainName, duration, "
         "startAt, endAt FROM Activity WHERE isDeleted = 0 AND startAt >= ? AND startAt < ? "
         "ORDER BY startAt",
-        {days.begin, days.end}, [&grouper](const RowCells& row) { grouper.add(row); });
+        {days.begin, days.end}, [&](const RowCells& row) {
+            for (; nextLive != live.end() && (*nextLive)->startAt < fromEpochSeconds(row.real(9));
+                 ++nextLive) {
+                grouper.add(**nextLive);
+            }
+            grouper.add(row);
+        });
+    for (; nextLive != live.end(); ++nextLive) {
+        grouper.add(**nextLive);
+    }
     return std::move(grouper).finish();
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "model/instant.h"
+#include "model/live_activities.h"
 #include "model/records.h"
 
 namespace kivo {
@@ -30,6 +31,8 @@ struct ActivityListQuery {
     QStringList projectSelections;      // project ids
     QString searchText;
     double minimumDuration = 1.0;  // seconds; shorter activities are left out
+    // Shown with the stored ones as if written; they have no record to change yet.
+    LiveActivities live;
 };
 
 struct ActivityEntry {
@@ -61,7 +64,8 @@ struct ActivityList {
     std::int64_t durationTotal = 0;
 };
 
-// The live activities that started within the query's local days and that it shows, grouped.
+// The live activities that started within the query's local days and that it shows, grouped,
+// with the query's unwritten ones among them in order of their start.
 ActivityList listActivities(RecordStore& store, const ActivityListQuery& query);
 
 // A new tag made from a row: the row's application, and its domain as the address keyword for a

@@ -7,6 +7,7 @@
 #include "model/checked_arithmetic.h"
 #include "model/day_score_sums.h"
 #include "model/fatal.h"
+#include "model/local_day.h"
 #include "model/range_totals.h"
 #include "model/record_store.h"
 #include "reports/chart_days.h"
@@ -152,27 +153,54 @@ std::vector<DayProductivity> productivityOfDays(const TagUsageDays& days,
     return scores;
 }
 
+namespace {
+
+bool hasLiveOn(const LiveActivities& live, QDate day) {
+    return std::any_of(
+        live.activities.begin(), live.activities.end(),
+        [day](const Activity& activity) { return localDateOf(activity.startAt) == day; });
+}
+
+// The day's totals one by one, the live ones after the stored, as the day will be scored once
+// they are written.
+DayProductivity dayProductivityWithLive(RecordStore& store, const ProductivityInputs& inputs,
+                                        QDate day, const LiveActivities& live) {
+    TagUsageDays days = tagUsageDays(store, day, day);
+    addLiveActivities(days, live, day);
+    return productivityOfDays(days, inputs).front();
+}
+
+}  // namespace
+
 void refreshProductivity(Productivity& productivity, RecordStore& store,
-                         const ReportSelection& selection, QDate today) {
-    const DayProductivity result =
-        dayProductivity(store, productivityInputs(store, selection), today);
+                         const ReportSelection& selection, QDate today,
+                         const LiveActivities& live) {
+    const ProductivityInputs inputs = productivityInputs(store, selection);
+    const DayProductivity result = hasLiveOn(live, today)
+                                       ? dayProductivityWithLive(store, inputs, today, live)
+                                       : dayProductivity(store, inputs, today);
     productivity.setValue(result.score);
     productivity.setDurationToday(formatDurationLabel(result.duration));
 }
 
 std::vector<BarChartData> productivityBars(RecordStore& store, const ReportSelection& selection,
-                                           QDate today, int daysAgo) {
-    return productivityBars(store, productivityInputs(store, selection), today, daysAgo);
+                                           QDate today, int daysAgo, const LiveActivities& live) {
+    return productivityBars(store, productivityInputs(store, selection), today, daysAgo, live);
 }
 
 std::vector<BarChartData> productivityBars(RecordStore& store, const ProductivityInputs& inputs,
-                                           QDate today, int daysAgo) {
+                                           QDate today, int daysAgo, const LiveActivities& live) {
     const auto days = chartDays(today, daysAgo);
     std::vector<BarChartData> bars;
     if (days.empty()) {
         return bars;
     }
-    const auto scores = productivityOfDays(store, inputs, days.front(), days.back());
+    auto scores = productivityOfDays(store, inputs, days.front(), days.back());
+    for (std::size_t i = 0; i < days.size(); ++i) {
+        if (hasLiveOn(live, days[i])) {
+            scores[i] = dayProductivityWithLive(store, inputs, days[i], live);
+        }
+    }
     bars.reserve(days.size());
     for (std::size_t i = 0; i < days.size(); ++i) {
         const std::int64_t score = scores[i].score;

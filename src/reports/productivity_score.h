@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "model/live_activities.h"
 #include "reports/bar_chart_data.h"
 
 namespace kivo {
@@ -43,16 +44,20 @@ std::vector<DayProductivity> productivityOfDays(RecordStore& store,
 std::vector<DayProductivity> productivityOfDays(const TagUsageDays& days,
                                                 const ProductivityInputs& inputs);
 
-// Sets today's score, then today's duration text.
+// Sets today's score, then today's duration text, with the live activities of today counted as
+// their totals would be once written.
 void refreshProductivity(Productivity& productivity, RecordStore& store,
-                         const ReportSelection& selection, QDate today);
+                         const ReportSelection& selection, QDate today,
+                         const LiveActivities& live = {});
 
 // One bar per day of the `daysAgo` days ending with `today`, oldest first: the label, the score as
-// `value` and as `annotation`.
+// `value` and as `annotation`; the live activities count on the days they started.
 std::vector<BarChartData> productivityBars(RecordStore& store, const ReportSelection& selection,
-                                           QDate today, int daysAgo);
+                                           QDate today, int daysAgo,
+                                           const LiveActivities& live = {});
 // The same with the inputs already read, for a caller that scores other days with them too.
 std::vector<BarChartData> productivityBars(RecordStore& store, const ProductivityInputs& inputs,
-                                           QDate today, int daysAgo);
+                                           QDate today, int daysAgo,
+                                           const LiveActivities& live = {});
 
 }  // namespace kivo

@@ -17,11 +17,12 @@ namespace {
 class DailyFilterDurations {
 public:
     DailyFilterDurations(RecordStore& store, const std::vector<QDate>& days,
-                         const QSet<QUuid>& counted) {
+                         const QSet<QUuid>& counted, const LiveActivities& live) {
         if (days.empty()) {
             return;
         }
-        const TagUsageDays totals = tagUsageDays(store, days.front(), days.back());
+        TagUsageDays totals = tagUsageDays(store, days.front(), days.back());
+        addLiveActivities(totals, live, days.front());
         filterCount_ = totals.filterIds.size();
         for (std::size_t i = 0; i < filterCount_; ++i) {
             filterNumbers_.insert(totals.filterIds[i], i);
@@ -55,13 +56,13 @@ private:
 }  // namespace
 
 ProjectBarChart computeProjectBarChart(RecordStore& store, const ReportSelection& selection,
-                                       QDate today, int daysAgo) {
+                                       QDate today, int daysAgo, const LiveActivities& live) {
     const auto& enabled = selection.enableFilters;
     const QSet<QUuid> counted(enabled.begin(), enabled.end());
     ProjectBarChart chart;
     std::int64_t periodMaximum = 0;
     const auto days = chartDays(today, daysAgo);
-    const DailyFilterDurations durations(store, days, counted);
+    const DailyFilterDurations durations(store, days, counted, live);
     for (std::size_t day = 0; day < days.size(); ++day) {
         const QString label = dayLabel(days[day]);
         std::int64_t dayTotal = 0;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "model/live_activities.h"
 #include "reports/bar_chart_data.h"
 
 namespace kivo {
@@ -24,8 +25,9 @@ struct ProjectBarChart {
     std::int64_t durationPeriodMaxHour = 0;
 };
 
-// Only filters that are toggled and counted by the tree (`enableFilters`) add time.
+// Only filters that are toggled and counted by the tree (`enableFilters`) add time; the live
+// activities add to the days they started.
 ProjectBarChart computeProjectBarChart(RecordStore& store, const ReportSelection& selection,
-                                       QDate today, int daysAgo);
+                                       QDate today, int daysAgo, const LiveActivities& live = {});
 
 }  // namespace kivo

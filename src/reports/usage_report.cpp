@@ -148,13 +148,27 @@ std::vector<TagUsageGroup> countedGroups(const std::vector<TagUsageGroup>& group
     return kept;
 }
 
+// The range's stored groups of the counted filters, then the live activities added to them.
+template <class Group>
+std::vector<Group> groupsWithLive(std::vector<Group> (*read)(RecordStore&, const DayRange&,
+                                                             const QSet<QUuid>&),
+                                  RecordStore& store, const ReportSelection& selection,
+                                  QDate minDate, QDate maxDate, const LiveActivities& live) {
+    const DayRange range = localDays(minDate, maxDate);
+    const QSet<QUuid> counted = countedFilters(selection);
+    auto groups = read(store, range, counted);
+    addLiveActivities(groups, live, range, counted);
+    return groups;
+}
+
 }  // namespace
 
 UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
                                                      const ReportSelection& selection,
-                                                     QDate minDate, QDate maxDate) {
+                                                     QDate minDate, QDate maxDate,
+                                                     const LiveActivities& live) {
     return computeReport<AppDisplayItem>(
-        appUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
+        groupsWithLive(appUsageGroups, store, selection, minDate, maxDate, live),
         [](const AppUsageGroup& group) { return group.appBundleId; },
         [](const AppUsageGroup& group) {
             return AppDisplayItem{QUuid::createUuid(), 0, group.appName, group.appBundleId,
@@ -168,9 +182,9 @@ UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
 
 UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
                                                  const ReportSelection& selection, QDate minDate,
-                                                 QDate maxDate) {
+                                                 QDate maxDate, const LiveActivities& live) {
     return computeReport<WebDisplayItem>(
-        webUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)),
+        groupsWithLive(webUsageGroups, store, selection, minDate, maxDate, live),
         [](const WebUsageGroup& group) { return group.domainName; },
         [](const WebUsageGroup& group) {
             return WebDisplayItem{QUuid::createUuid(), group.domainName, 0};
@@ -182,16 +196,17 @@ UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
 
 UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
                                                 const ReportSelection& selection, QDate minDate,
-                                                QDate maxDate) {
-    return filterReport(
-        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)), selection);
+                                                QDate maxDate, const LiveActivities& live) {
+    return filterReport(groupsWithLive(tagUsageGroups, store, selection, minDate, maxDate, live),
+                        selection);
 }
 
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
                                                      const ReportSelection& selection,
-                                                     QDate minDate, QDate maxDate) {
-    return projectReport(
-        tagUsageGroups(store, localDays(minDate, maxDate), countedFilters(selection)), selection);
+                                                     QDate minDate, QDate maxDate,
+                                                     const LiveActivities& live) {
+    return projectReport(groupsWithLive(tagUsageGroups, store, selection, minDate, maxDate, live),
+                         selection);
 }
 
 UsageReport<TagDisplayItem> computeFilterReportFromTree(

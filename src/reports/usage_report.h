@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "model/live_activities.h"
 #include "model/range_totals.h"
 #include "reports/display_items.h"
 
@@ -25,21 +26,24 @@ struct UsageReport {
 };
 
 // Only records of the filters the tree counts (`enableFilters`) take part. The first record of a
-// group, in the store's order, names it.
+// group, in the store's order, names it. The live activities of the range add in as their totals
+// would once written.
 UsageReport<AppDisplayItem> computeApplicationReport(RecordStore& store,
                                                      const ReportSelection& selection,
-                                                     QDate minDate, QDate maxDate);
+                                                     QDate minDate, QDate maxDate,
+                                                     const LiveActivities& live = {});
 UsageReport<WebDisplayItem> computeWebsiteReport(RecordStore& store,
                                                  const ReportSelection& selection, QDate minDate,
-                                                 QDate maxDate);
+                                                 QDate maxDate, const LiveActivities& live = {});
 // Projects and tags are named by the tree; a counted record whose project or filter the tree
 // cannot name stops the program.
 UsageReport<TagDisplayItem> computeFilterReport(RecordStore& store,
                                                 const ReportSelection& selection, QDate minDate,
-                                                QDate maxDate);
+                                                QDate maxDate, const LiveActivities& live = {});
 UsageReport<ProjectDisplayItem> computeProjectReport(RecordStore& store,
                                                      const ReportSelection& selection,
-                                                     QDate minDate, QDate maxDate);
+                                                     QDate minDate, QDate maxDate,
+                                                     const LiveActivities& live = {});
 // The same two from the range's tag usage already read for the tree (which counts every filter
 // the selection counts, and more): one reading serves the tree and both reports.
 UsageReport<TagDisplayItem> computeFilterReportFromTree(

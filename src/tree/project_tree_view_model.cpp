@@ -139,18 +139,22 @@ void ProjectTreeViewModel::buildTreeFromRecords() {
     setProjects(std::move(projects));
     setDurationTotal(0);
     Q_EMIT forceUpdateRequested();
-    recomputeTreeDurations(minSelectedDate_, maxSelectedDate_);
+    recomputeTreeDurations(minSelectedDate_, maxSelectedDate_, live_);
 }
 
 std::vector<TagUsageGroup> ProjectTreeViewModel::recomputeTreeDurations(QDate minSelectedDate,
-                                                                        QDate maxSelectedDate) {
+                                                                        QDate maxSelectedDate,
+                                                                        LiveActivities live) {
     minSelectedDate_ = minSelectedDate;
     maxSelectedDate_ = maxSelectedDate;
+    live_ = std::move(live);
     if (projects_.empty()) {
         return {};
     }
-    auto groups =
-        tagUsageGroups(store_, localDays(minSelectedDate, maxSelectedDate), treeFilters());
+    const DayRange range = localDays(minSelectedDate, maxSelectedDate);
+    const QSet<QUuid> filters = treeFilters();
+    auto groups = tagUsageGroups(store_, range, filters);
+    addLiveActivities(groups, live_, range, filters);
     showDurations(groups);
     return groups;
 }

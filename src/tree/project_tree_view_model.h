@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "model/instant.h"
+#include "model/live_activities.h"
 #include "model/range_totals.h"
 #include "tree/report_selection.h"
 #include "tree/tree_items.h"
@@ -59,9 +60,10 @@ public:
     // Every project (deleted ones without filters) with its live filters, all expanded and
     // counted, in the store's order; then the durations of the selected days.
     void buildTreeFromRecords();
-    // Returns the range's tag usage of the tree's filters, which the tag and project reports can
-    // take instead of reading the range again.
-    std::vector<TagUsageGroup> recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate);
+    // Returns the range's tag usage of the tree's filters, the live activities added, which the
+    // tag and project reports can take instead of reading the range again.
+    std::vector<TagUsageGroup> recomputeTreeDurations(QDate minSelectedDate, QDate maxSelectedDate,
+                                                      LiveActivities live = {});
 
     // Drag and drop: the nodes at `offsets` go before the node at `destination`; then the tree
     // is saved. Filters only move within their own project.
@@ -92,9 +94,11 @@ private:
     QHash<QUuid, QString> tagNames_;
     std::vector<QUuid> enableFilters_;
     bool isShowArchivedProject_ = false;
-    // The days whose durations the tree shows; a rebuilt tree is filled for them.
+    // The days whose durations the tree shows, and the live activities added; a rebuilt tree is
+    // filled for them.
     QDate minSelectedDate_;
     QDate maxSelectedDate_;
+    LiveActivities live_;
 };
 
 }  // namespace kivo

@@ -228,6 +228,20 @@ TEST(ActivityListView, OnlyTheNewestRefreshIsShownAndOldRowsStayUntilItComes) {
     EXPECT_EQ(h.view->durationTotal(), 300);
 }
 
+// The window refreshes every few seconds: time entries the user folded away stay folded.
+TEST(ActivityListView, ARefreshKeepsTheGroupsTheUserFolded) {
+    LoneView h;
+    h.view->setIsShowTimeEntries(true);
+    h.view->refresh(h.only(h.s.code), {});
+    h.waitForList();
+    QTreeView& list = h.view->list();
+    ASSERT_TRUE(list.isExpanded(list.model()->index(0, 0)));
+    list.collapse(list.model()->index(0, 0));
+    h.view->refresh(h.only(h.s.code), {});
+    h.waitForList();
+    EXPECT_FALSE(list.isExpanded(list.model()->index(0, 0)));
+}
+
 TEST(ActivityListView, ClosesSafelyWhileAListIsComputed) {
     LoneView h;
     for (int round = 0; round < 3; ++round) {

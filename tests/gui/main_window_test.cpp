@@ -2,6 +2,8 @@
 // reports following the sidebar.
 #include <gtest/gtest.h>
 
+#include <QAbstractItemModelTester>
+#include <QHeaderView>
 #include <QTableView>
 #include <QToolButton>
 
@@ -220,6 +222,65 @@ TEST(MainWindowTest, EmptyStateWhileNothingWasTrackedExceptInStats) {
     EXPECT_TRUE(window.isShowingEmptyState());  // not yet refreshed
     window.forceUpdate();
     EXPECT_FALSE(window.isShowingEmptyState());
+}
+
+// Shown as if they ended now, written only when they close, and never counted twice.
+TEST(MainWindowTest, OpenCapturesShowByThemselvesAndAreWrittenOnlyWhenTheyClose) {
+    WindowHarness h;
+    const QString recipes = u"org.example.Recipes"_qs;
+    h.records.appUsage(h.s.cook, recipes, 600, h.clock.now(), u"Recipes"_qs);
+    h.records.tagUsage(h.s.cook, 600, h.clock.now());
+    MainWindow& window = h.showWindow();
+    window.stopRecording();  // the test drives the ticks on its own clock
+    window.selectSection(MenuType::applications);
+    ReportView& applications = window.reportView(ReportKind::applications);
+    QAbstractItemModelTester tableTester(&applications.tableModel(),
+                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
+    QAbstractItemModelTester treeTester(&window.sidebar().treeModel(),
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
+    applications.table().sortByColumn(0, Qt::DescendingOrder);
+    applications.table().selectRow(0);
+    const auto editorSeconds = [&] {
+        const auto& model = applications.tableModel();
+        for (int row = 0; row < model.rowCount(); ++row) {
+            if (model.index(row, 0).data(ReportTableModel::keyRole) == test::editorId) {
+                return model.index(row, 0).data(ReportTableModel::durationRole).toLongLong();
+            }
+        }
+        return qint64{0};
+    };
+
+    h.desktop.showEditor();
+    h.recorder.captureTick();
+    for (int second = 0; second < 30; ++second) {
+        h.clock.advance(1);
+        h.recorder.captureTick();
+    }
+    EXPECT_EQ(editorSeconds(), 0);  // until the window refreshes
+    ASSERT_TRUE(window.liveRefreshTimer().isActive());
+    EXPECT_LE(window.liveRefreshTimer().interval(), 5'000);
+    QSignalSpy refreshed(&window.liveRefreshTimer(), &QTimer::timeout);
+    ASSERT_TRUE(refreshed.wait(10'000));
+    EXPECT_EQ(editorSeconds(), 30);
+    EXPECT_EQ(window.treeModel().durationTotal(), 630);
+    EXPECT_EQ(tableNames(applications), (QStringList{u"Text Editor"_qs, u"Recipes"_qs}));
+    const auto selected = applications.table().selectionModel()->selectedRows();
+    ASSERT_EQ(selected.size(), 1);
+    EXPECT_EQ(selected.front().data(ReportTableModel::keyRole).toString(), recipes);
+    EXPECT_EQ(applications.table().horizontalHeader()->sortIndicatorSection(), 0);
+    EXPECT_TRUE(h.store->fetch<Activity>(live()).empty());
+
+    // Another window of the editor: past the gap the first capture closes and is written, while
+    // the second is still open. Every second since the first tick is the editor's, once.
+    h.desktop.showEditor(u"other.txt"_qs);
+    for (int second = 0; second < 65; ++second) {
+        h.clock.advance(1);
+        h.recorder.captureTick();
+    }
+    EXPECT_EQ(h.store->fetch<Activity>(live()).size(), 1u);
+    window.forceUpdate();
+    EXPECT_EQ(editorSeconds(), 95);
+    EXPECT_EQ(window.treeModel().durationTotal(), 695);
 }
 
 }  // namespace

@@ -87,7 +87,7 @@ TEST(WindowPartsTest, StatsChartsShowTheWeekOrTheEmptyText) {
     EXPECT_FALSE(window.productivityChart().isShowingEmptyText());
 
     ProjectBarChartView projects;
-    projects.refresh(*h.store, window.treeModel().reportSelection(), WindowHarness::today);
+    projects.refresh(*h.store, window.treeModel().reportSelection(), WindowHarness::today, {});
     EXPECT_FALSE(projects.findChild<ChartPanel*>()->isShowingEmptyText());
     QStringList pickers;
     for (const auto* button : projects.findChildren<QAbstractButton*>()) {
@@ -98,7 +98,7 @@ TEST(WindowPartsTest, StatsChartsShowTheWeekOrTheEmptyText) {
     // With no project counted there is nothing to stack.
     ReportSelection nothing = window.treeModel().reportSelection();
     nothing.projects.clear();
-    projects.refresh(*h.store, nothing, WindowHarness::today);
+    projects.refresh(*h.store, nothing, WindowHarness::today, {});
     EXPECT_TRUE(projects.findChild<ChartPanel*>()->isShowingEmptyText());
 }
 

@@ -45,8 +45,14 @@ class FixedClock final : public Clock {
 public:
     Instant now() const override {
         return fromEpochSeconds(
-            static_cast<double>(QDateTime(today, QTime(17, 30)).toSecsSinceEpoch()));
+                   static_cast<double>(QDateTime(today, QTime(17, 30)).toSecsSinceEpoch())) +
+               movedOn_;
     }
+    // For a capture that has been open a while.
+    void moveOn(Seconds seconds) { movedOn_ += seconds; }
+
+private:
+    Seconds movedOn_{0};
 };
 
 struct App {
@@ -324,6 +330,28 @@ void renderEditors(Session& session, const QString& prefix) {
     settings.close();
 }
 
+// Today's applications with a document open in front for 25 minutes, none of it written yet.
+void renderOpenCapture(const QString& folder, QSize size, const QString& prefix) {
+    QDir().mkpath(folder);
+    Session session(folder, true);
+    MainWindow& window = *session.window;
+    window.resize(size);
+    window.show();
+    window.stopRecording();  // the ticks below stand for the 25 minutes
+    const App& reader = apps[6];
+    session.desktop.show(QString::fromUtf8(reader.id), QString::fromUtf8(reader.name),
+                         QStringLiteral("manual.pdf"));
+    session.recorder->captureTick();
+    for (int second = 0; second < 25 * 60; ++second) {
+        session.clock.moveOn(Seconds{1});
+        session.recorder->captureTick();
+    }
+    window.forceUpdate();
+    window.selectSection(MenuType::applications);
+    save(window, prefix + u"open-capture.png");
+    window.hide();
+}
+
 int render(const QString& output, const QString& theme, QSize size) {
     QDir().mkpath(output);
     const QString prefix =
@@ -403,6 +431,8 @@ int render(const QString& output, const QString& theme, QSize size) {
 
     renderEditors(session, prefix);
     window.hide();
+
+    renderOpenCapture(scratch.filePath(QStringLiteral("open")), size, prefix);
 
     Session empty(scratch.filePath(QStringLiteral("empty")), false);
     empty.window->resize(size);
