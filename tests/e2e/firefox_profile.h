@@ -24,7 +24,10 @@ inline bool writeFirefoxProfile(const QString& profile) {
                      "user_pref(\"xpinstall.signatures.required\", false);\n"
                      "user_pref(\"extensions.autoDisableScopes\", 0);\n"
                      "user_pref(\"extensions.enabledScopes\", 15);\n"
-                     "user_pref(\"browser.shell.checkDefaultBrowser\", false);\n");
+                     "user_pref(\"browser.shell.checkDefaultBrowser\", false);\n"
+                     // no first-run tab of its own beside the test's pages
+                     "user_pref(\"datareporting.policy.firstRunURL\", \"\");\n"
+                     "user_pref(\"browser.startup.homepage_override.mstone\", \"ignore\");\n");
 }
 
 }  // namespace kivo::test
