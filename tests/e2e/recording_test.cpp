@@ -315,12 +315,12 @@ TEST_F(RecordingTest, TimeAwayAddsNothingAndTheSameCaptureContinuesAfterwards) {
     nudgeFor(2'000);
 
     // Locked while the pointer keeps moving.
-    session.isLocked = true;
+    session.setLocked(true);
     ASSERT_TRUE(waitFor("Paused: away", 2, true));
     const double lockPaused = now();
     nudgeFor(3'000);
     const double unlocked = now();
-    session.isLocked = false;
+    session.setLocked(false);
     ASSERT_TRUE(waitFor("Recording again", 2, true));
     nudgeFor(2'000);
 
