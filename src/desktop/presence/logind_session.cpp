@@ -13,7 +13,7 @@ const QString logind = QStringLiteral("org.freedesktop.login1");
 const QString managerPath = QStringLiteral("/org/freedesktop/login1");
 const QString managerInterface = QStringLiteral("org.freedesktop.login1.Manager");
 const QString sessionInterface = QStringLiteral("org.freedesktop.login1.Session");
-const QString properties = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
 std::optional<QString> sessionPath(const QDBusConnection& bus, const QString& method,
                                    const QVariant& argument) {
@@ -54,12 +54,13 @@ LogindSession::LogindSession(const QDBusConnection& bus, const QString& path)
     : names_(std::make_unique<OwnedNames>(bus, QStringList{logind})),
       properties_(std::make_unique<ServiceAnswer>(
           bus, *names_,
-          serviceCall(logind, path, properties, QStringLiteral("GetAll"), {sessionInterface}))),
+          serviceCall(logind, path, propertiesInterface, QStringLiteral("GetAll"),
+                      {sessionInterface}))),
       inhibitors_(std::make_unique<ServiceAnswer>(
           bus, *names_,
           serviceCall(logind, managerPath, managerInterface, QStringLiteral("ListInhibitors")))) {
     // logind announces changes of LockedHint and Active; it has no signal for inhibitors.
-    properties_->renewOn(properties, QStringLiteral("PropertiesChanged"));
+    properties_->renewOn(propertiesInterface, QStringLiteral("PropertiesChanged"));
 }
 
 std::optional<bool> LogindSession::isLockedOrInactive() {

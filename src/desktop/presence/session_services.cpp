@@ -29,7 +29,7 @@ const QString mutter = QStringLiteral("org.gnome.Mutter.IdleMonitor");
 const QString gnomeSession = QStringLiteral("org.gnome.SessionManager");
 const QString mprisPrefix = QStringLiteral("org.mpris.MediaPlayer2.");
 const QString mprisPath = QStringLiteral("/org/mpris/MediaPlayer2");
-const QString properties = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
 // The first argument of a reply, if there is one.
 std::optional<QVariant> firstOf(const std::optional<QVariantList>& reply) {
@@ -122,11 +122,11 @@ bool SessionServices::isMediaPlaying() {
     for (const QString& player : players) {
         auto& status = playbackStatuses_[player];
         if (!status) {
-            status = answer(player, mprisPath, properties, QStringLiteral("Get"),
+            status = answer(player, mprisPath, propertiesInterface, QStringLiteral("Get"),
                             {QStringLiteral("org.mpris.MediaPlayer2.Player"),
                              QStringLiteral("PlaybackStatus")});
             // Players announce their status with PropertiesChanged.
-            status->renewOn(properties, QStringLiteral("PropertiesChanged"));
+            status->renewOn(propertiesInterface, QStringLiteral("PropertiesChanged"));
         }
         const auto reply = firstOf(status->ask());
         isPlaying =
