@@ -198,8 +198,10 @@ public:
 // the main thread get their replies. Each `add` owns the service name and serves the object.
 class FakeServices {
 public:
+    // Each has a connection of its own, as each service is a program of its own.
     explicit FakeServices(const QString& address)
-        : connection_(QDBusConnection::connectToBus(address, QStringLiteral("fake:") + address)) {
+        : connection_(QDBusConnection::connectToBus(
+              address, QStringLiteral("fake%1:").arg(++instances) + address)) {
         qDBusRegisterMetaType<Inhibitor>();
         qDBusRegisterMetaType<QList<Inhibitor>>();
         thread_.start();
@@ -244,6 +246,8 @@ public:
     }
 
 private:
+    inline static int instances = 0;
+
     QDBusConnection connection_;
     QThread thread_;
     std::vector<std::unique_ptr<QObject>> objects_;
