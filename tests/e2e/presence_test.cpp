@@ -245,7 +245,7 @@ TEST_F(SessionPresenceTest, IdleInhibitorsAndPlayingMediaKeepTheUserPresent) {
 TEST_F(SessionPresenceTest, AHungServiceKeepsNoTickWaiting) {
     FakeServices hung(sessionBus_.address());
     for (const auto& name : {u"org.gnome.ScreenSaver"_s, u"org.gnome.Mutter.IdleMonitor"_s,
-                            u"org.gnome.SessionManager"_s, u"org.mpris.MediaPlayer2.stuck"_s}) {
+                             u"org.gnome.SessionManager"_s, u"org.mpris.MediaPlayer2.stuck"_s}) {
         hung.addHung(name);
     }
     screenSaver_.setActive(true);
