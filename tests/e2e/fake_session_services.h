@@ -2,8 +2,10 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
+#include <QDBusVirtualObject>
 #include <QMutex>
 #include <QObject>
 #include <QThread>
@@ -44,6 +46,33 @@ namespace kivo::test {
 
 inline const QString fakeSessionPath = QStringLiteral("/org/freedesktop/login1/session/_31");
 
+// A service that announces its changes with signals, as the real one does; FakeServices::add
+// tells it where it is published. The signals go out from the test's thread.
+class SignallingFake : public QObject {
+public:
+    void publishOn(const QDBusConnection& connection, const QString& path) {
+        connection_ = connection;
+        path_ = path;
+    }
+
+protected:
+    void announce(const QString& interface, const QString& name, const QVariantList& arguments) {
+        QDBusMessage signal = QDBusMessage::createSignal(path_, interface, name);
+        signal.setArguments(arguments);
+        connection_.send(signal);
+    }
+    void announceProperty(const QString& interface, const QString& property,
+                          const QVariant& value) {
+        announce(QStringLiteral("org.freedesktop.DBus.Properties"),
+                 QStringLiteral("PropertiesChanged"),
+                 {interface, QVariantMap{{property, value}}, QStringList()});
+    }
+
+private:
+    QDBusConnection connection_{QString()};
+    QString path_;
+};
+
 // logind's manager: every process belongs to the one session; the inhibitors the test sets.
 class FakeLogindManager : public QObject {
     Q_OBJECT
@@ -68,18 +97,30 @@ private:
 };
 
 // logind's session, locked and in front as the test sets.
-class FakeLogindSession : public QObject {
+class FakeLogindSession : public SignallingFake {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.login1.Session")
     Q_PROPERTY(bool LockedHint READ lockedHint)
     Q_PROPERTY(bool Active READ active)
 
 public:
-    bool lockedHint() const { return isLocked; }
-    bool active() const { return isActive; }
+    bool lockedHint() const { return isLocked_; }
+    bool active() const { return isActive_; }
 
-    std::atomic<bool> isLocked = false;
-    std::atomic<bool> isActive = true;
+    void setLocked(bool isLocked) {
+        isLocked_ = isLocked;
+        announceProperty(sessionInterface, QStringLiteral("LockedHint"), isLocked);
+    }
+    void setActive(bool isActive) {
+        isActive_ = isActive;
+        announceProperty(sessionInterface, QStringLiteral("Active"), isActive);
+    }
+
+private:
+    inline static const QString sessionInterface = QStringLiteral("org.freedesktop.login1.Session");
+
+    std::atomic<bool> isLocked_ = false;
+    std::atomic<bool> isActive_ = true;
 };
 
 // GNOME's idle monitor.
@@ -95,15 +136,22 @@ public Q_SLOTS:
 };
 
 // A desktop's screen saver.
-class FakeScreenSaver : public QObject {
+class FakeScreenSaver : public SignallingFake {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.ScreenSaver")
 
 public:
-    std::atomic<bool> isActive = false;
+    void setActive(bool isActive) {
+        isActive_ = isActive;
+        announce(QStringLiteral("org.freedesktop.ScreenSaver"), QStringLiteral("ActiveChanged"),
+                 {isActive});
+    }
 
 public Q_SLOTS:
-    bool GetActive() { return isActive; }
+    bool GetActive() { return isActive_; }
+
+private:
+    std::atomic<bool> isActive_ = false;
 };
 
 // Plasma's screen saver, which also counts the time without input.
@@ -119,25 +167,41 @@ public Q_SLOTS:
 };
 
 // A media player's MPRIS interface.
-class FakePlayer : public QObject {
+class FakePlayer : public SignallingFake {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.mpris.MediaPlayer2.Player")
     Q_PROPERTY(QString PlaybackStatus READ playbackStatus)
 
 public:
     QString playbackStatus() const {
-        return isPlaying ? QStringLiteral("Playing") : QStringLiteral("Paused");
+        return isPlaying_ ? QStringLiteral("Playing") : QStringLiteral("Paused");
     }
 
-    std::atomic<bool> isPlaying = false;
+    void setPlaying(bool isPlaying) {
+        isPlaying_ = isPlaying;
+        announceProperty(QStringLiteral("org.mpris.MediaPlayer2.Player"),
+                         QStringLiteral("PlaybackStatus"), playbackStatus());
+    }
+
+private:
+    std::atomic<bool> isPlaying_ = false;
+};
+
+// A service that takes every call at any path and never answers: one that hangs.
+class HungService : public QDBusVirtualObject {
+public:
+    bool handleMessage(const QDBusMessage&, const QDBusConnection&) override { return true; }
+    QString introspect(const QString&) const override { return {}; }
 };
 
 // Services on a bus, answering from a thread of their own, so that the test's blocking calls on
 // the main thread get their replies. Each `add` owns the service name and serves the object.
 class FakeServices {
 public:
+    // Each has a connection of its own, as each service is a program of its own.
     explicit FakeServices(const QString& address)
-        : connection_(QDBusConnection::connectToBus(address, QStringLiteral("fake:") + address)) {
+        : connection_(QDBusConnection::connectToBus(
+              address, QStringLiteral("fake%1:").arg(++instances) + address)) {
         qDBusRegisterMetaType<Inhibitor>();
         qDBusRegisterMetaType<QList<Inhibitor>>();
         thread_.start();
@@ -156,6 +220,9 @@ public:
     Service& add(const QString& name, const QString& path) {
         auto object = std::make_unique<Service>();
         object->moveToThread(&thread_);
+        if constexpr (std::is_base_of_v<SignallingFake, Service>) {
+            object->publishOn(connection_, path);
+        }
         connection_.registerService(name);
         connection_.registerObject(
             path, object.get(),
@@ -165,7 +232,22 @@ public:
         return added;
     }
 
+    // Gives up `name`, as a service that quits.
+    void unregister(const QString& name) { connection_.unregisterService(name); }
+
+    // Owns `name` and takes every call to it without answering.
+    void addHung(const QString& name) {
+        auto object = std::make_unique<HungService>();
+        object->moveToThread(&thread_);
+        connection_.registerService(name);
+        connection_.registerVirtualObject(QStringLiteral("/"), object.get(),
+                                          QDBusConnection::SubPath);
+        objects_.push_back(std::move(object));
+    }
+
 private:
+    inline static int instances = 0;
+
     QDBusConnection connection_;
     QThread thread_;
     std::vector<std::unique_ptr<QObject>> objects_;

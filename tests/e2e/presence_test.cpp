@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 #include <xcb/xcb.h>
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QElapsedTimer>
 #include <QThread>
 #include <cstdlib>
 
@@ -91,7 +93,22 @@ TEST(X11ScreenSaver, IdleTimeIsTheServersCountAndInputResetsIt) {
     EXPECT_LT(printed, before);
 }
 
+// Asks `question` as the recorder's ticks do, with the event loop running in between, until it
+// answers `expected`; false when it still did not after ten seconds.
+template <class Question, class Answer>
+bool answersSoon(Question question, const Answer& expected) {
+    for (const QDeadlineTimer deadline(10'000); !deadline.hasExpired(); QThread::msleep(10)) {
+        if (question() == expected) {
+            return true;
+        }
+        QCoreApplication::processEvents();
+    }
+    return false;
+}
+
 // Fake logind on a private "system" bus and fake desktop services on a private "session" bus.
+// Each check of an answer first waits for the opposite one, so that no answer left from before
+// a change passes for one given after it.
 class SessionPresenceTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -135,47 +152,67 @@ protected:
 TEST_F(SessionPresenceTest, LogindLocksWhereItHasTheSessionElseTheScreenSaverService) {
     {
         auto withoutLogind = presence();
-        EXPECT_FALSE(withoutLogind.isLocked());
-        screenSaver_.isActive = true;
-        EXPECT_TRUE(withoutLogind.isLocked());
+        const auto isLocked = [&withoutLogind] { return withoutLogind.isLocked(); };
+        screenSaver_.setActive(true);
+        EXPECT_TRUE(answersSoon(isLocked, true));
+        screenSaver_.setActive(false);
+        EXPECT_TRUE(answersSoon(isLocked, false));
+        screenSaver_.setActive(true);
     }
+    // The screen saver stays active: where logind answers, it is not asked.
     addLogind();
     auto withLogind = presence();
-    EXPECT_FALSE(withLogind.isLocked()) << "the screen saver is not asked where logind answers";
+    const auto isLocked = [&withLogind] { return withLogind.isLocked(); };
+    const auto set = [this](bool locked, bool active, bool displaySaver) {
+        logindSession_->setLocked(locked);
+        logindSession_->setActive(active);
+        display_->locked = displaySaver;
+    };
     const struct {
         bool locked, active, displaySaver, expected;
-    } cases[] = {{true, true, false, true},
+    } cases[] = {{false, true, false, false},
+                 {true, true, false, true},
                  {false, false, false, true},
-                 {false, true, true, true},
-                 {false, true, false, false}};
+                 {false, true, true, true}};
     for (const auto& c : cases) {
-        logindSession_->isLocked = c.locked;
-        logindSession_->isActive = c.active;
-        display_->locked = c.displaySaver;
-        EXPECT_EQ(withLogind.isLocked(), c.expected)
-            << "locked " << c.locked << " active " << c.active << " saver " << c.displaySaver;
+        SCOPED_TRACE(testing::Message() << "locked " << c.locked << " active " << c.active
+                                        << " saver " << c.displaySaver);
+        set(!c.expected, true, false);
+        ASSERT_TRUE(answersSoon(isLocked, !c.expected));
+        set(c.locked, c.active, c.displaySaver);
+        EXPECT_TRUE(answersSoon(isLocked, c.expected));
     }
 }
 
+// The desktop's services come after Kivo started, as they do when it starts with the session.
 TEST_F(SessionPresenceTest, IdleTimeFromTheDesktopWhereItCountsElseFromTheDisplay) {
-    auto idle = presence();
+    auto presence = this->presence();
+    const auto idleTime = [&presence] { return presence.idleTime(); };
     display_->idle = Seconds{12.0};
-    EXPECT_EQ(idle.idleTime(), Seconds{12.0});
+    EXPECT_TRUE(answersSoon(idleTime, std::optional(Seconds{12.0})));
     auto& plasma = session_.add<test::FakeSessionIdleTime>(u"org.freedesktop.ScreenSaver"_s,
                                                            u"/ScreenSaver"_s);
     plasma.idleSeconds = 30;
-    EXPECT_EQ(idle.idleTime(), Seconds{30.0});
-    auto& monitor = session_.add<test::FakeIdleMonitor>(u"org.gnome.Mutter.IdleMonitor"_s,
-                                                        u"/org/gnome/Mutter/IdleMonitor/Core"_s);
+    EXPECT_TRUE(answersSoon(idleTime, std::optional(Seconds{30.0})));
+    plasma.idleSeconds = 31;
+    EXPECT_TRUE(answersSoon(idleTime, std::optional(Seconds{31.0}))) << "asked again on each tick";
+    FakeServices gnome(sessionBus_.address());
+    auto& monitor = gnome.add<test::FakeIdleMonitor>(u"org.gnome.Mutter.IdleMonitor"_s,
+                                                     u"/org/gnome/Mutter/IdleMonitor/Core"_s);
     monitor.idleMs = 420'500;
-    EXPECT_EQ(idle.idleTime(), Seconds{420.5});
+    EXPECT_TRUE(answersSoon(idleTime, std::optional(Seconds{420.5})));
 }
 
 TEST_F(SessionPresenceTest, IdleInhibitorsAndPlayingMediaKeepTheUserPresent) {
     addLogind();
     auto& player = session_.add<test::FakePlayer>(u"org.mpris.MediaPlayer2.vlc"_s,
                                                   u"/org/mpris/MediaPlayer2"_s);
-    auto inhibited = presence();
+    auto presence = this->presence();
+    const auto isInhibited = [&presence] { return presence.isIdleInhibited(); };
+    const auto set = [&](const QList<Inhibitor>& inhibitors, bool playing) {
+        manager_->setInhibitors(inhibitors);
+        player.setPlaying(playing);
+    };
     const struct {
         QList<Inhibitor> inhibitors;
         bool playing;
@@ -190,11 +227,46 @@ TEST_F(SessionPresenceTest, IdleInhibitorsAndPlayingMediaKeepTheUserPresent) {
         {{}, true, true},
     };
     for (const auto& c : cases) {
-        manager_->setInhibitors(c.inhibitors);
-        player.isPlaying = c.playing;
-        EXPECT_EQ(inhibited.isIdleInhibited(), c.expected)
-            << c.inhibitors.size() << " inhibitors, playing " << c.playing;
+        SCOPED_TRACE(testing::Message()
+                     << c.inhibitors.size() << " inhibitors, playing " << c.playing);
+        set({}, !c.expected);
+        ASSERT_TRUE(answersSoon(isInhibited, !c.expected));
+        set(c.inhibitors, c.playing);
+        EXPECT_TRUE(answersSoon(isInhibited, c.expected));
     }
+    // A player that quits plays no more.
+    player.setPlaying(true);
+    ASSERT_TRUE(answersSoon(isInhibited, true));
+    session_.unregister(u"org.mpris.MediaPlayer2.vlc"_s);
+    EXPECT_TRUE(answersSoon(isInhibited, false));
+}
+
+// Services that own their names but never answer hold up no tick, and the others still answer.
+TEST_F(SessionPresenceTest, AHungServiceKeepsNoTickWaiting) {
+    FakeServices hung(sessionBus_.address());
+    for (const auto& name : {u"org.gnome.ScreenSaver"_s, u"org.gnome.Mutter.IdleMonitor"_s,
+                             u"org.gnome.SessionManager"_s, u"org.mpris.MediaPlayer2.stuck"_s}) {
+        hung.addHung(name);
+    }
+    screenSaver_.setActive(true);
+    auto presence = this->presence();
+    qint64 longestTickMs = 0;
+    const auto tick = [&] {
+        QElapsedTimer timer;
+        timer.start();
+        const bool isLocked = presence.isLocked();
+        presence.idleTime();
+        presence.isIdleInhibited();
+        longestTickMs = std::max(longestTickMs, timer.elapsed());
+        return isLocked;
+    };
+    EXPECT_TRUE(answersSoon(tick, true));
+    // A few ticks more, with calls to the hung services outstanding.
+    for (int i = 0; i < 5; ++i) {
+        tick();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_LT(longestTickMs, 50);
 }
 
 }  // namespace

@@ -304,12 +304,12 @@ TEST_F(RecordingTest, TimeAwayAddsNothingAndTheSameCaptureContinuesAfterwards) {
     nudgeFor(2'000);
 
     // Locked while the pointer keeps moving.
-    session.isLocked = true;
+    session.setLocked(true);
     ASSERT_TRUE(waitFor("Paused: away", 2, true));
     const double lockPaused = now();
     nudgeFor(3'000);
     const double unlocked = now();
-    session.isLocked = false;
+    session.setLocked(false);
     ASSERT_TRUE(waitFor("Recording again", 2, true));
     nudgeFor(2'000);
 
@@ -333,6 +333,29 @@ TEST_F(RecordingTest, TimeAwayAddsNothingAndTheSameCaptureContinuesAfterwards) {
     EXPECT_LE(duration, span - away + 2 * 1.0 + 1.0) << "span " << span << ", away " << away;
     EXPECT_GE(duration, span - away - 2 * 3.0 - 1.0) << "span " << span << ", away " << away;
     EXPECT_EQ(totalDuration(store->fetch<AppUsage>()), first.duration + activities[1].duration);
+}
+
+// Where GNOME is installed but not the desktop running, its screen saver is a service the session
+// bus can start; a minute of recording, a tick a second, must not have the bus try once.
+TEST_F(RecordingTest, AMinuteOfRecordingStartsNoDesktopService) {
+    test::PrivateBus sessionBus({QStringLiteral("org.gnome.ScreenSaver")});
+    ASSERT_TRUE(sessionBus.isReady());
+    environment_.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), sessionBus.address());
+    ASSERT_TRUE(startWindowManager());
+    xdotool(QStringLiteral("windowactivate --sync ") +
+            openTerminal(QStringLiteral("kivo-e2e-alone")));
+    ScopedProcess kivo(QStringLiteral(KIVO_BINARY), {QStringLiteral("record")}, environment_);
+    ASSERT_TRUE(waitForStore());
+    QThread::msleep(60'000);
+    EXPECT_EQ(kivo.stop(SIGTERM), 0) << kivo.process().readAllStandardError().toStdString();
+
+    const QByteArray log = sessionBus.log();
+    EXPECT_EQ(log.count("Activating service name='org.gnome.ScreenSaver'"), 0) << log.toStdString();
+    // It did record all along.
+    const auto activities = RecordStore::open(storePath(), RecordStore::Mode::ReadOnly)
+                                ->fetch<Activity>({"", {}, "startAt"});
+    ASSERT_EQ(activities.size(), 1u);
+    EXPECT_GE(activities[0].duration, 50);
 }
 
 TEST_F(RecordingTest, WithoutADesktopToRecordSaysSoInOneLineAndRecordsNothing) {

@@ -181,12 +181,12 @@ TEST(SwayRecordingTest, TimeAwayOrLockedAddsNothingAndAnIdleInhibitorKeepsTimeCo
     nudgeFor(2'000);
 
     // Locked while the pointer keeps moving: the compositor leaves the window focused.
-    logindSession.isLocked = true;
+    logindSession.setLocked(true);
     ASSERT_TRUE(waitFor("Paused: away", 2, true));
     const double lockPaused = now();
     nudgeFor(3'000);
     const double unlocked = now();
-    logindSession.isLocked = false;
+    logindSession.setLocked(false);
     ASSERT_TRUE(waitFor("Recording again", 2, true));
     nudgeFor(2'000);
 

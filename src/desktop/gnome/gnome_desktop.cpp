@@ -46,10 +46,10 @@ void GnomeDesktop::markStale() {
 }
 
 bool GnomeDesktop::fetch() {
-    const QDBusMessage reply = options_.bus.call(
-        QDBusMessage::createMethodCall(focusedWindowService, focusedWindowPath,
-                                       focusedWindowInterface, QStringLiteral("Get")),
-        QDBus::Block, callTimeoutMs);
+    const QDBusMessage reply =
+        options_.bus.call(serviceCall(focusedWindowService, focusedWindowPath,
+                                      focusedWindowInterface, QStringLiteral("Get")),
+                          QDBus::Block, callTimeoutMs);
     const QList<QVariant> arguments = reply.arguments();
     if (reply.type() != QDBusMessage::ReplyMessage || arguments.size() != 3 ||
         arguments[0].metaType() != QMetaType::fromType<QString>() ||

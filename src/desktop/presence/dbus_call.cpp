@@ -10,15 +10,22 @@ constexpr int callTimeoutMs = 500;
 
 }  // namespace
 
+QDBusMessage serviceCall(const QString& service, const QString& path, const QString& interface,
+                         const QString& method, const QVariantList& arguments) {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, method);
+    call.setArguments(arguments);
+    call.setAutoStartService(false);
+    return call;
+}
+
 std::optional<QVariantList> callDbus(const QDBusConnection& bus, const QString& service,
                                      const QString& path, const QString& interface,
                                      const QString& method, const QVariantList& arguments) {
     if (!bus.isConnected()) {
         return std::nullopt;
     }
-    QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, method);
-    call.setArguments(arguments);
-    const QDBusMessage reply = bus.call(call, QDBus::Block, callTimeoutMs);
+    const QDBusMessage reply = bus.call(serviceCall(service, path, interface, method, arguments),
+                                        QDBus::Block, callTimeoutMs);
     if (reply.type() != QDBusMessage::ReplyMessage) {
         return std::nullopt;
     }

@@ -13,6 +13,7 @@ const QString logind = QStringLiteral("org.freedesktop.login1");
 const QString managerPath = QStringLiteral("/org/freedesktop/login1");
 const QString managerInterface = QStringLiteral("org.freedesktop.login1.Manager");
 const QString sessionInterface = QStringLiteral("org.freedesktop.login1.Session");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
 std::optional<QString> sessionPath(const QDBusConnection& bus, const QString& method,
                                    const QVariant& argument) {
@@ -49,13 +50,21 @@ std::optional<LogindSession> LogindSession::find(const QDBusConnection& systemBu
     return LogindSession(systemBus, *std::move(path));
 }
 
-LogindSession::LogindSession(QDBusConnection bus, QString path)
-    : bus_(std::move(bus)), path_(std::move(path)) {}
+LogindSession::LogindSession(const QDBusConnection& bus, const QString& path)
+    : names_(std::make_unique<OwnedNames>(bus, QStringList{logind})),
+      properties_(std::make_unique<ServiceAnswer>(
+          bus, *names_,
+          serviceCall(logind, path, propertiesInterface, QStringLiteral("GetAll"),
+                      {sessionInterface}))),
+      inhibitors_(std::make_unique<ServiceAnswer>(
+          bus, *names_,
+          serviceCall(logind, managerPath, managerInterface, QStringLiteral("ListInhibitors")))) {
+    // logind announces changes of LockedHint and Active; it has no signal for inhibitors.
+    properties_->renewOn(propertiesInterface, QStringLiteral("PropertiesChanged"));
+}
 
-std::optional<bool> LogindSession::isLockedOrInactive() const {
-    const auto reply =
-        callDbus(bus_, logind, path_, QStringLiteral("org.freedesktop.DBus.Properties"),
-                 QStringLiteral("GetAll"), {sessionInterface});
+std::optional<bool> LogindSession::isLockedOrInactive() {
+    const auto reply = properties_->ask();
     if (!reply || reply->isEmpty()) {
         return std::nullopt;
     }
@@ -70,9 +79,8 @@ std::optional<bool> LogindSession::isLockedOrInactive() const {
     return locked.toBool() || (active.isValid() && !active.toBool());
 }
 
-bool LogindSession::hasIdleInhibitor() const {
-    const auto reply =
-        callDbus(bus_, logind, managerPath, managerInterface, QStringLiteral("ListInhibitors"));
+bool LogindSession::hasIdleInhibitor() {
+    const auto reply = inhibitors_->ask();
     if (!reply || reply->isEmpty()) {
         return false;
     }

@@ -1,5 +1,7 @@
 #include "desktop/presence/session_services.h"
 
+#include <QDBusVariant>
+
 #include "desktop/presence/dbus_call.h"
 
 namespace kivo {
@@ -23,85 +25,114 @@ constexpr ScreenSaverService screenSavers[] = {
 // The inhibit flag GNOME's session manager uses for "idle".
 constexpr uint gnomeInhibitIdle = 8;
 
+const QString mutter = QStringLiteral("org.gnome.Mutter.IdleMonitor");
+const QString gnomeSession = QStringLiteral("org.gnome.SessionManager");
 const QString mprisPrefix = QStringLiteral("org.mpris.MediaPlayer2.");
+const QString mprisPath = QStringLiteral("/org/mpris/MediaPlayer2");
+const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+
+// The first argument of a reply, if there is one.
+std::optional<QVariant> firstOf(const std::optional<QVariantList>& reply) {
+    if (!reply || reply->isEmpty()) {
+        return std::nullopt;
+    }
+    return reply->front();
+}
 
 }  // namespace
 
-SessionServices::SessionServices(QDBusConnection sessionBus) : bus_(std::move(sessionBus)) {}
-
-std::optional<bool> SessionServices::isScreenSaverActive() const {
-    std::optional<bool> active;
+SessionServices::SessionServices(const QDBusConnection& sessionBus)
+    : bus_(sessionBus),
+      names_(std::make_unique<OwnedNames>(
+          sessionBus, QStringList{QStringLiteral("org.freedesktop.ScreenSaver"),
+                                  QStringLiteral("org.gnome.ScreenSaver"), mutter, gnomeSession,
+                                  mprisPrefix + u'*'})) {
     for (const auto& saver : screenSavers) {
-        const auto reply =
-            callDbus(bus_, QString::fromUtf16(saver.service), QString::fromUtf16(saver.path),
-                     QString::fromUtf16(saver.interface), QStringLiteral("GetActive"));
-        if (reply && !reply->isEmpty()) {
-            active = active.value_or(false) || reply->front().toBool();
+        const QString service = QString::fromUtf16(saver.service);
+        const QString path = QString::fromUtf16(saver.path);
+        const QString interface = QString::fromUtf16(saver.interface);
+        ScreenSaver& added = screenSavers_.emplace_back(
+            answer(service, path, interface, QStringLiteral("GetActive")),
+            answer(service, path, interface, QStringLiteral("GetSessionIdleTime")));
+        added.active->renewOn(interface, QStringLiteral("ActiveChanged"));
+    }
+    mutterIdleTime_ = answer(mutter, QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core"), mutter,
+                             QStringLiteral("GetIdletime"));
+    gnomeInhibited_ = answer(gnomeSession, QStringLiteral("/org/gnome/SessionManager"),
+                             gnomeSession, QStringLiteral("IsInhibited"), {gnomeInhibitIdle});
+}
+
+std::unique_ptr<ServiceAnswer> SessionServices::answer(const QString& service, const QString& path,
+                                                       const QString& interface,
+                                                       const QString& method,
+                                                       const QVariantList& arguments) const {
+    return std::make_unique<ServiceAnswer>(
+        bus_, *names_, serviceCall(service, path, interface, method, arguments));
+}
+
+std::optional<bool> SessionServices::isScreenSaverActive() {
+    std::optional<bool> active;
+    for (const ScreenSaver& saver : screenSavers_) {
+        if (const auto reply = firstOf(saver.active->ask())) {
+            active = active.value_or(false) || reply->toBool();
         }
     }
     return active;
 }
 
-std::optional<Seconds> SessionServices::idleTime() const {
+std::optional<Seconds> SessionServices::idleTime() {
     if (auto idle = mutterIdleTime()) {
         return idle;
     }
     return screenSaverIdleTime();
 }
 
-std::optional<Seconds> SessionServices::mutterIdleTime() const {
-    const auto reply =
-        callDbus(bus_, QStringLiteral("org.gnome.Mutter.IdleMonitor"),
-                 QStringLiteral("/org/gnome/Mutter/IdleMonitor/Core"),
-                 QStringLiteral("org.gnome.Mutter.IdleMonitor"), QStringLiteral("GetIdletime"));
-    if (!reply || reply->isEmpty()) {
+std::optional<Seconds> SessionServices::mutterIdleTime() {
+    const auto reply = firstOf(mutterIdleTime_->ask());
+    if (!reply) {
         return std::nullopt;
     }
-    return Seconds{static_cast<double>(reply->front().toULongLong()) / 1000.0};
+    return Seconds{static_cast<double>(reply->toULongLong()) / 1000.0};
 }
 
-std::optional<Seconds> SessionServices::screenSaverIdleTime() const {
+std::optional<Seconds> SessionServices::screenSaverIdleTime() {
     // Plasma answers in seconds; GNOME's service of the same name has no such method.
-    for (const auto& saver : screenSavers) {
-        const auto reply =
-            callDbus(bus_, QString::fromUtf16(saver.service), QString::fromUtf16(saver.path),
-                     QString::fromUtf16(saver.interface), QStringLiteral("GetSessionIdleTime"));
-        if (reply && !reply->isEmpty()) {
-            return Seconds{static_cast<double>(reply->front().toUInt())};
+    for (const ScreenSaver& saver : screenSavers_) {
+        if (const auto reply = firstOf(saver.idleTime->ask())) {
+            return Seconds{static_cast<double>(reply->toUInt())};
         }
     }
     return std::nullopt;
 }
 
-bool SessionServices::isIdleInhibited() const {
+bool SessionServices::isIdleInhibited() {
     return isGnomeIdleInhibited() || isMediaPlaying();
 }
 
-bool SessionServices::isGnomeIdleInhibited() const {
-    const auto reply = callDbus(bus_, QStringLiteral("org.gnome.SessionManager"),
-                                QStringLiteral("/org/gnome/SessionManager"),
-                                QStringLiteral("org.gnome.SessionManager"),
-                                QStringLiteral("IsInhibited"), {gnomeInhibitIdle});
-    return reply && !reply->isEmpty() && reply->front().toBool();
+bool SessionServices::isGnomeIdleInhibited() {
+    const auto reply = firstOf(gnomeInhibited_->ask());
+    return reply && reply->toBool();
 }
 
-bool SessionServices::isMediaPlaying() const {
-    const auto names = callDbus(
-        bus_, QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("ListNames"));
-    if (!names || names->isEmpty()) {
-        return false;
-    }
-    const QStringList all = names->front().toStringList();
-    return std::ranges::any_of(all, [this](const QString& name) {
-        if (!name.startsWith(mprisPrefix)) {
-            return false;
+bool SessionServices::isMediaPlaying() {
+    const QStringList players = names_->ownedUnder(mprisPrefix);
+    std::erase_if(playbackStatuses_,
+                  [&players](const auto& entry) { return !players.contains(entry.first); });
+    bool isPlaying = false;
+    for (const QString& player : players) {
+        auto& status = playbackStatuses_[player];
+        if (!status) {
+            status = answer(player, mprisPath, propertiesInterface, QStringLiteral("Get"),
+                            {QStringLiteral("org.mpris.MediaPlayer2.Player"),
+                             QStringLiteral("PlaybackStatus")});
+            // Players announce their status with PropertiesChanged.
+            status->renewOn(propertiesInterface, QStringLiteral("PropertiesChanged"));
         }
-        const auto status = dbusProperty(bus_, name, QStringLiteral("/org/mpris/MediaPlayer2"),
-                                         QStringLiteral("org.mpris.MediaPlayer2.Player"),
-                                         QStringLiteral("PlaybackStatus"));
-        return status && status->toString() == u"Playing";
-    });
+        const auto reply = firstOf(status->ask());
+        isPlaying =
+            isPlaying || (reply && reply->value<QDBusVariant>().variant().toString() == u"Playing");
+    }
+    return isPlaying;
 }
 
 }  // namespace kivo
