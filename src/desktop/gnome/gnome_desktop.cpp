@@ -11,9 +11,11 @@ namespace kivo {
 
 namespace {
 
-// The shell answers from memory; a slow answer means a shell in trouble, and a tick must not
-// wait on it for long.
-constexpr int callTimeoutMs = 500;
+// The shell answers from memory; a slow answer means a shell in trouble. Starting, Kivo gives it
+// a while; a tick waits no longer than this and goes on with the focus it knew, asking again at
+// the next tick.
+constexpr int openTimeoutMs = 500;
+constexpr int tickTimeoutMs = 50;
 
 }  // namespace
 
@@ -23,7 +25,7 @@ std::unique_ptr<GnomeDesktop> GnomeDesktop::open(Options options, QString& failu
         return nullptr;
     }
     std::unique_ptr<GnomeDesktop> desktop(new GnomeDesktop(std::move(options)));
-    if (!desktop->fetch()) {
+    if (!desktop->fetch(openTimeoutMs)) {
         failure = QStringLiteral("Kivo's GNOME Shell extension does not answer on the session bus");
         return nullptr;
     }
@@ -45,11 +47,16 @@ void GnomeDesktop::markStale() {
     isStale_ = true;
 }
 
-bool GnomeDesktop::fetch() {
+bool GnomeDesktop::fetch(int timeoutMs) {
     const QDBusMessage reply =
         options_.bus.call(serviceCall(focusedWindowService, focusedWindowPath,
                                       focusedWindowInterface, QStringLiteral("Get")),
-                          QDBus::Block, callTimeoutMs);
+                          QDBus::Block, timeoutMs);
+    if (reply.type() == QDBusMessage::ErrorMessage &&
+        (reply.errorName() == u"org.freedesktop.DBus.Error.NoReply" ||
+         reply.errorName() == u"org.freedesktop.DBus.Error.Timeout")) {
+        return false;  // late, not gone: what was known stands until the answer comes
+    }
     const QList<QVariant> arguments = reply.arguments();
     if (reply.type() != QDBusMessage::ReplyMessage || arguments.size() != 3 ||
         arguments[0].metaType() != QMetaType::fromType<QString>() ||
@@ -65,8 +72,8 @@ bool GnomeDesktop::fetch() {
 }
 
 std::optional<FocusedWindow> GnomeDesktop::focusedWindow() {
-    if (isStale_ && !fetch()) {
-        return std::nullopt;
+    if (isStale_) {
+        fetch(tickTimeoutMs);
     }
     if (!focus_ || focus_->appId.isEmpty() || focus_->processId == ::getpid()) {
         return std::nullopt;

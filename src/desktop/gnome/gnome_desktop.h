@@ -51,7 +51,9 @@ private:
 
     explicit GnomeDesktop(Options options);
 
-    bool fetch();
+    // False when the extension gave no usable answer within `timeoutMs`; one that came too late
+    // leaves the focus known before as it was.
+    bool fetch(int timeoutMs);
     std::optional<QString> applicationIdOf(const ExtensionFocus& focus);
 
     Options options_;

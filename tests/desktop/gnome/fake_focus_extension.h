@@ -6,6 +6,7 @@
 #include <QMutex>
 #include <QObject>
 #include <QThread>
+#include <chrono>
 
 #include "desktop/gnome/gnome_desktop.h"
 
@@ -32,11 +33,18 @@ public:
         return questions_;
     }
 
+    // A shell in trouble answers late.
+    void setAnswerDelay(std::chrono::milliseconds delay) {
+        QMutexLocker lock(&mutex_);
+        answerDelay_ = delay;
+    }
+
     uint version() const { return version_; }
 
 public Q_SLOTS:
     QString Get(QString& appId, uint& processId) {
         QMutexLocker lock(&mutex_);
+        QThread::msleep(static_cast<unsigned long>(answerDelay_.count()));
         ++questions_;
         appId = appId_;
         processId = processId_;
@@ -53,6 +61,7 @@ private:
     QString appId_;
     uint processId_ = 0;
     int questions_ = 0;
+    std::chrono::milliseconds answerDelay_{0};
 };
 
 // Plays Kivo's GNOME Shell extension on a bus: the focused window the test sets, the version and
@@ -109,6 +118,7 @@ public:
 
     // How often the extension was asked for the focused window.
     int questions() const { return object_->questions(); }
+    void setAnswerDelay(std::chrono::milliseconds delay) { object_->setAnswerDelay(delay); }
 
 private:
     static int& instances() {

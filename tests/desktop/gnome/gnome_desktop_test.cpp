@@ -138,6 +138,28 @@ TEST_F(GnomeDesktopTest, AsksTheShellOnlyAfterItAnnouncedAChange) {
     EXPECT_EQ(extension.questions(), asked + 1);
 }
 
+TEST_F(GnomeDesktopTest, ALateShellLeavesTheFocusKnownBeforeUntilItAnswers) {
+    FakeFocusExtension extension(bus_.address());
+    extension.setFocus(QStringLiteral("first"), QStringLiteral("foot"), 7, false);
+    ASSERT_TRUE(extension.publish());
+    QString failure;
+    auto desktop = open(failure);
+    ASSERT_TRUE(desktop) << failure.toStdString();
+
+    extension.setAnswerDelay(std::chrono::milliseconds(400));
+    const test::AnnouncementCounter announcements(client_);
+    extension.setFocus(QStringLiteral("second"), QStringLiteral("foot"), 7, true);
+    ASSERT_TRUE(announcements.waitFor(1));
+    const auto waited = desktop->focusedWindow();
+    ASSERT_TRUE(waited) << "a late answer is no reason to lose the sample";
+    EXPECT_EQ(waited->title, QStringLiteral("first")) << "the tick did not wait for the answer";
+
+    extension.setAnswerDelay(std::chrono::milliseconds(0));
+    const auto answered = sampleUntil(*desktop, QStringLiteral("second"));
+    ASSERT_TRUE(answered);
+    EXPECT_EQ(answered->title, QStringLiteral("second")) << "asked again at a later tick";
+}
+
 TEST_F(GnomeDesktopTest, GivesNothingWhileTheExtensionIsAwayAndFollowsItWhenItReturns) {
     QString failure;
     EXPECT_FALSE(open(failure));
