@@ -297,12 +297,12 @@ TEST_F(BrowserRecordingTest, EveryTabAndWindowInFrontOfChromiumIsRecordedOnce) {
                        QString::fromLatin1(title) + u" - Chromium"_s, dwellMs, activate);
     };
     expectScheduleRecorded(
-        kivo,
-        {elsewhere(4'000), page("Page two", u"two"_s, 6'000, false),
-         page("Page one", u"one"_s, 4'000, true), elsewhere(5'000),
-         page("Page one", u"one"_s, 8'000, false), page("Page two", u"two"_s, 5'000, true),
-         page("Page one", u"one"_s, 3'000, true), elsewhere(7'000),
-         page("Page one", u"one"_s, 10'000, false), page("Page two", u"two"_s, 12'000, true)});
+        kivo, {elsewhere(4'000), page("Page two", u"two"_s, 6'000, false),
+               page("Page one", u"one"_s, 4'000, true), elsewhere(5'000),
+               page("Page one", u"one"_s, 8'000, false), page("Page two", u"two"_s, 5'000, true),
+               page("Page one", u"one"_s, 3'000, true), elsewhere(7'000),
+               page("Page one", u"one"_s, 10'000, false), page("Page two", u"two"_s, 12'000, true),
+               elsewhere(3'000)});
 }
 
 // The same with Firefox ESR, whose extension answers a moment after the window changes.
@@ -334,7 +334,7 @@ TEST_F(BrowserRecordingTest, EveryTabAndWindowInFrontOfFirefoxIsRecordedOnce) {
         kivo, {elsewhere(4'000), page("Page one", 6'000, false), page("Page two", 4'000, true),
                elsewhere(5'000), page("Page two", 8'000, false), page("Page one", 5'000, true),
                page("Page two", 3'000, true), elsewhere(7'000), page("Page two", 10'000, false),
-               page("Page one", 12'000, true)});
+               page("Page one", 12'000, true), elsewhere(3'000)});
 }
 
 }  // namespace

@@ -98,16 +98,17 @@ inline void expectActivities(const std::vector<Activity>& activities,
     }
 }
 
-// Every activity but the first, whose start Kivo chose, holds the time its window was in front to
-// within a second (beyond how long the script's switch took), and together they hold it to
-// within 2 %.
+// Every activity between two switches holds the time its window was in front to within a second
+// (beyond how long the script's switches took), and together they hold it to within 2 %. The
+// first and the last are left out: Kivo chose the first's start, and the last ends with Kivo,
+// which it sees at once, while its start was seen up to a tick late.
 inline void expectTimeInFront(const std::vector<Activity>& activities,
                               const std::vector<ExpectedActivity>& expected) {
     ASSERT_EQ(activities.size(), expected.size());
     double shownInAll = 0.0;
     std::int64_t recordedInAll = 0;
     QStringList errors;  // printed, for a look at how close a run came
-    for (std::size_t i = 1; i < activities.size(); ++i) {
+    for (std::size_t i = 1; i + 1 < activities.size(); ++i) {
         const auto& [title, bundleId, name, from, to] = expected[i];
         const double shown = (to.before + to.after - from.before - from.after) / 2;
         errors.append(QString::number(static_cast<double>(activities[i].duration) - shown, 'f', 2));

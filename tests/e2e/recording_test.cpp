@@ -163,6 +163,7 @@ TEST_F(RecordingTest, EverySecondInFrontIsRecordedOnceUpToTheEnd) {
         terminal("kivo-e2e-one", one, 5'000),
         terminal("kivo-e2e-two-renamed", two, 4'000),
         terminal("kivo-e2e-one", one, 10'000),
+        terminal("kivo-e2e-three", three, 3'000),
     });
     // A closed terminal ends Kivo cleanly; the diagnostics nobody could read cost it nothing.
     // The last stretch ends with the signal; how long Kivo then takes to exit is no time in front.

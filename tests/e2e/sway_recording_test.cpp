@@ -98,6 +98,7 @@ TEST(SwayRecordingTest, EverySecondInFrontIsRecordedOnceUpToTheEnd) {
         terminal("kivo-e2e-one", 5'000),
         terminal("kivo-e2e-two-renamed", 4'000),
         terminal("kivo-e2e-one", 10'000),
+        terminal("kivo-e2e-three", 3'000),
     });
     // The last stretch ends with the signal; how long Kivo then takes to exit is no time in front.
     const double signalled = now();
