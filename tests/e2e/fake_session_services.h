@@ -238,10 +238,11 @@ public:
     // Owns `name` and takes every call to it without answering.
     void addHung(const QString& name) {
         auto object = std::make_unique<HungService>();
-        object->moveToThread(&thread_);
         connection_.registerService(name);
+        // Registering gives the object a child, so it moves to the serving thread afterwards.
         connection_.registerVirtualObject(QStringLiteral("/"), object.get(),
                                           QDBusConnection::SubPath);
+        object->moveToThread(&thread_);
         objects_.push_back(std::move(object));
     }
 
