@@ -227,7 +227,9 @@ TEST_F(RecordingTest, SecondTrackerOfAStoreSaysSoInOneLineAndLeavesTheFirstRecor
         ASSERT_FALSE(deadline.hasExpired()) << "nothing recorded";
         QThread::msleep(2'500);
         xdotool(QStringLiteral("windowactivate --sync ") + other);
-        QThread::msleep(2'000);
+        // The gap counts from the sample that saw the switch: away for less than that and two
+        // ticks, the solo window would continue its capture rather than start a new one.
+        QThread::msleep(3'500);
         xdotool(QStringLiteral("windowactivate --sync ") + solo);
     }
 
